@@ -1,0 +1,49 @@
+// Reading whole runs: make-up codes added up to the terminating code that closes them.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+
+#include "codec/bit_reader.h"
+#include "codec/change_lists.h"
+#include "codec/run_lookup.h"
+
+namespace vellim {
+
+struct Run {
+    int32_t length = 0;     // pixels, at most kFarPosition
+    RunKind closedBy{};     // Terminating, or ZeroByte
+    uint32_t codeBits = 0;  // length of the code that closed it
+};
+
+// Bits that one lookup looks at.
+inline constexpr uint32_t kRunCodeBits = kBlackLookupBits;
+
+// Each lookup wants eight bits in hand, and sixteen for a code longer than eight, even where the
+// code itself takes fewer. 0, or the failure of FillCodeBuffer.
+uint32_t ReadRunCarefully(BitReader& reader, RunColor color, Run& run);
+
+// The same where the code buffer has room. False, with the reader somewhere in the run, when the
+// room ends in it: the caller goes back to the run's start and reads it carefully.
+inline bool ReadRunQuickly(BitReader& reader, RunColor color, Run& run) {
+    run.length = 0;
+    for (;;) {
+        if (reader.Count() < kRunCodeBits) {
+            if (!reader.HasRoom()) return false;
+            reader.Refill();
+        }
+        const RunEntry entry = LookUpRun(reader.Window(), color);
+        reader.Consume(entry.length);
+        run.length += entry.run;
+        if (entry.kind == RunKind::MakeUp) continue;
+        run.closedBy = entry.kind;
+        run.codeBits = entry.length;
+        return true;
+    }
+}
+
+// Passes over zero bits, any number of them, and the 1 bit behind them, as an end-of-line code
+// closes. No bit beyond that one is wanted. 0, or the failure of FillCodeBuffer.
+uint32_t SkipThroughFirstOne(BitReader& reader);
+
+}  // namespace vellim

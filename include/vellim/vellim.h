@@ -1,0 +1,26 @@
+/* VELLIM: scanned-document and fax images. This header includes all the others.
+ *
+ *   vellim/files.h     open a TIFF file, count its images
+ *   vellim/tags.h      read and define the tags of an image
+ *   vellim/queries.h   size, colours, strips, resolution
+ *   vellim/decode.h    an image, line by line
+ *   vellim/load.h      an image as a DIB
+ *   vellim/failures.h  what went wrong
+ *   vellim/streams.h   bytes on disk or in memory
+ *   vellim/codec.h     the record of a run, for engines in modules of their own
+ *   vellim/platform.h  memory blocks, files, display, message boxes */
+#ifndef VELLIM_VELLIM_H
+#define VELLIM_VELLIM_H
+
+#include "vellim/base.h"
+#include "vellim/codec.h"
+#include "vellim/decode.h"
+#include "vellim/failures.h"
+#include "vellim/files.h"
+#include "vellim/load.h"
+#include "vellim/platform.h"
+#include "vellim/queries.h"
+#include "vellim/streams.h"
+#include "vellim/tags.h"
+
+#endif /* VELLIM_VELLIM_H */

@@ -1,0 +1,209 @@
+#include <gtest/gtest.h>
+
+#include <numeric>
+
+#include "container/streams.h"
+#include "platform/guards.h"
+#include "support/tiff_builder.h"
+#include "vellim/failures.h"
+
+namespace vellim::test {
+namespace {
+
+Bytes Counted(size_t count) {
+    Bytes bytes(count);
+    std::iota(bytes.begin(), bytes.end(), uint8_t{1});
+    return bytes;
+}
+
+Bytes BytesOf(GlobalHandle block) {
+    const LockedBlock locked(block);
+    const auto* bytes = locked.As<uint8_t>();
+    return {bytes, bytes + locked.Size()};
+}
+
+TEST(MemoryStreams, TakeTheFirstFreeOfTwentyNineHandles) {
+    for (StreamHandle expected = -2; expected >= -30; expected--)
+        EXPECT_EQ(mOpen(0, 0), expected);
+    EXPECT_EQ(mOpen(0, 0), -1);
+    mClose(-17);
+    mClose(-5);
+    EXPECT_EQ(mOpen(0, 0), -5);
+    EXPECT_EQ(mOpen(0, 0), -17);
+    EXPECT_EQ(mOpen(0, 0), -1);
+    for (StreamHandle handle = -2; handle >= -30; handle--)
+        EXPECT_EQ(mClose(handle), 0);
+}
+
+TEST(MemoryStreams, SeekWithinTheirSize) {
+    const OwnedBlock block(BlockOf(Counted(10)));
+    constexpr int32_t kBefore = 4;
+    const struct {
+        int32_t offset, origin, result;
+    } cases[] = {
+        {0, 0, 0},       {10, 0, 10},        {11, 0, -1},        {-1, 0, -1},
+        {0, 1, 4},       {6, 1, 10},         {7, 1, -1},         {-4, 1, 0},
+        {-5, 1, -1},     {INT32_MAX, 1, -1}, {0, 2, 10},         {3, 2, 7},
+        {10, 2, 0},      {11, 2, -1},        {-2, 2, 12},        {INT32_MIN, 2, -1},
+        {0, 3, kBefore}, {9, -1, kBefore},   {INT32_MIN, 0, -1}, {INT32_MIN, 1, -1},
+    };
+    for (const auto& c : cases) {
+        const OpenStream stream(mOpen(block.Get(), 10));
+        ASSERT_EQ(mSeek(stream.Get(), kBefore, 0), kBefore);
+        EXPECT_EQ(mSeek(stream.Get(), c.offset, c.origin), c.result)
+            << c.offset << ", " << c.origin;
+        EXPECT_EQ(mTell(stream.Get()), c.result == -1 ? kBefore : c.result);
+    }
+}
+
+TEST(MemoryStreams, GrowByExactlyWhatIsWritten) {
+    const OpenStream stream(mOpen(0, 0));
+    const Bytes bytes = Counted(10);
+    EXPECT_EQ(mSeek(stream.Get(), 0, 2), 0);
+    EXPECT_EQ(mWrite(stream.Get(), bytes.data(), 10), 10);
+    EXPECT_EQ(mSize(stream.Get()), 10);
+    EXPECT_EQ(mSeek(stream.Get(), 2, 0), 2);
+    EXPECT_EQ(mWrite(stream.Get(), bytes.data(), 3), 3);
+    EXPECT_EQ(GlobalSize(mBlock(stream.Get())), 10U) << "overwriting grew the block";
+    EXPECT_EQ(mSeek(stream.Get(), -2, 2), 12);
+    EXPECT_EQ(mWrite(stream.Get(), bytes.data(), 1), 1);
+
+    const OwnedBlock block(mBlock(stream.Get()));
+    EXPECT_EQ(mClose(stream.Get()), 0);
+    EXPECT_EQ(mBlock(stream.Get()), 0U);
+    EXPECT_EQ(BytesOf(block.Get()), (Bytes{1, 2, 1, 2, 3, 6, 7, 8, 9, 10, 0, 0, 1}));
+}
+
+TEST(MemoryStreams, NeverLeaveTheirBlock) {
+    OwnedBlock block(BlockOf(Counted(10)));
+    const GlobalHandle name = block.Get();
+    Bytes to(20);
+    const OpenStream smaller(mOpen(name, 6)), larger(mOpen(name, 1000));
+    EXPECT_EQ(mRead(smaller.Get(), to.data(), 4), 4);
+    EXPECT_EQ(mRead(smaller.Get(), to.data(), 4), 2) << "read beyond the stream's size";
+    EXPECT_EQ(mRead(smaller.Get(), to.data(), 4), 0);
+    EXPECT_EQ(mRead(larger.Get(), to.data(), 20), 10) << "read beyond the block";
+    EXPECT_EQ(mSeek(larger.Get(), 500, 0), 500);
+    EXPECT_EQ(mRead(larger.Get(), to.data(), 4), 0);
+    EXPECT_EQ(mWrite(larger.Get(), to.data(), 4), -1);
+    EXPECT_EQ(mRead(larger.Get(), to.data(), -1), -1);
+    EXPECT_EQ(mRead(larger.Get(), nullptr, 1) + mWrite(larger.Get(), nullptr, 1), -2);
+
+    EXPECT_EQ(mSeek(smaller.Get(), 6 - INT32_MAX, 2), INT32_MAX);
+    EXPECT_EQ(mWrite(smaller.Get(), to.data(), 2), -1) << "passed 31 bits";
+    EXPECT_EQ(mSeek(smaller.Get(), 0, 2), 6);
+    block.Reset();
+    EXPECT_EQ(mWrite(smaller.Get(), to.data(), 2), -1) << "grew a block that is gone";
+    EXPECT_EQ(mSize(smaller.Get()), 6);
+    EXPECT_EQ(mBlock(smaller.Get()), name);
+}
+
+TEST(Streams, RefuseHandlesThatAreNone) {
+    uint8_t byte = 0;
+    SetTiffError(TIFF_SUCCESS);
+    for (const StreamHandle handle : {0, -1, -2, -30, -31, INT32_MIN, INT32_MAX}) {
+        EXPECT_EQ(mSize(handle) + mTell(handle), -2) << handle;
+        EXPECT_EQ(mSeek(handle, 0, 0) + mSeek(handle, -9, 2), -2) << handle;
+        EXPECT_EQ(mRead(handle, &byte, 1) + mWrite(handle, &byte, 1), -2) << handle;
+        EXPECT_EQ(mBlock(handle), 0U) << handle;
+        EXPECT_EQ(mClose(handle), handle > 0 ? -1 : handle < -30 ? handle : 0);
+    }
+    EXPECT_EQ(TiffError(), TIFF_SUCCESS);
+}
+
+TEST(Streams, OnDiskKeepTheirPositionWhenAskedForTheirSize) {
+    const std::string path = FileOf(Counted(10), "stream.bin");
+    const OpenStream stream(OpenFile(path.c_str(), nullptr, OF_READWRITE));
+    Bytes bytes(8);
+    EXPECT_EQ(mSeek(stream.Get(), -4, 2), 6);
+    EXPECT_EQ(mSize(stream.Get()), 10);
+    EXPECT_EQ(mTell(stream.Get()), 6);
+    EXPECT_EQ(mRead(stream.Get(), bytes.data(), 8), 4);
+    EXPECT_EQ(bytes[3], 10);
+    EXPECT_EQ(mRead(stream.Get(), bytes.data(), 8), 0);
+    EXPECT_EQ(mWrite(stream.Get(), bytes.data(), 8), 8);
+    EXPECT_EQ(mSize(stream.Get()), 18);
+}
+
+TEST(ElementStreams, PutElementsIntoAndOutOfTheFilesOrder) {
+    constexpr int32_t kII = TIFF_LITTLE_ENDIAN, kMM = TIFF_BIG_ENDIAN;
+    const struct {
+        int32_t type;
+        uint32_t count;
+        int32_t byteOrder, fillOrder;
+        Bytes host, stored;
+    } cases[] = {
+        {TIFF_TYPE_BYTE, 3, kMM, 1, {1, 2, 3}, {1, 2, 3}},
+        {TIFF_TYPE_BYTE, 3, kMM, 2, {1, 2, 0xF0}, {0x80, 0x40, 0x0F}},
+        {TIFF_TYPE_SHORT, 2, kII, 1, {1, 2, 3, 4}, {1, 2, 3, 4}},
+        {TIFF_TYPE_SHORT, 2, kMM, 1, {1, 2, 3, 4}, {2, 1, 4, 3}},
+        {TIFF_TYPE_SHORT, 2, 4711, 0, {1, 2, 3, 4}, {1, 2, 3, 4}},
+        {TIFF_TYPE_LONG, 1, kMM, 1, {1, 2, 3, 4}, {4, 3, 2, 1}},
+        {TIFF_TYPE_LONG, 1, kMM, 2, {1, 2, 3, 4}, {0x20, 0xC0, 0x40, 0x80}},
+        {TIFF_TYPE_OFFSET, 1, kMM, 1, {1, 2, 3, 4}, {4, 3, 2, 1}},
+        {TIFF_TYPE_RATIONAL, 1, kMM, 1, {1, 2, 3, 4, 5, 6, 7, 8}, {4, 3, 2, 1, 8, 7, 6, 5}},
+        {TIFF_TYPE_ASCII, 2, kMM, 1, {1, 2}, {1, 2}},
+        {77, 2, kMM, 1, {1, 2}, {1, 2}},
+    };
+    for (const auto& c : cases) {
+        const OwnedBlock block(BlockOf(c.stored));
+        const OpenStream in(mOpen(block.Get(), static_cast<int32_t>(c.stored.size())));
+        Bytes read(c.host.size());
+        EXPECT_EQ(LongRead(in.Get(), c.type, c.count, read.data(), c.byteOrder, c.fillOrder), 1);
+        EXPECT_EQ(read, c.host) << "type " << c.type;
+
+        const OpenStream out(mOpen(0, 0));
+        Bytes given = c.host;
+        EXPECT_EQ(LongWrite(out.Get(), c.type, c.count, given.data(), c.byteOrder, c.fillOrder), 1);
+        const OwnedBlock written(mBlock(out.Get()));
+        EXPECT_EQ(BytesOf(written.Get()), c.stored) << "type " << c.type;
+        EXPECT_EQ(given, c.host) << "the caller's buffer was changed";
+    }
+}
+
+TEST(ElementStreams, CarryRunsLongerThanOneTransfer) {
+    std::vector<uint16_t> numbers(40001);
+    std::iota(numbers.begin(), numbers.end(), uint16_t{1});
+    std::vector<uint16_t> back(numbers.size());
+    const auto count = static_cast<uint32_t>(numbers.size());
+    const OpenStream stream(mOpen(0, 0));
+    EXPECT_EQ(LongWrite(stream.Get(), TIFF_TYPE_SHORT, count, numbers.data(), TIFF_BIG_ENDIAN, 2),
+              1);
+    const OwnedBlock block(mBlock(stream.Get()));
+    EXPECT_EQ(mSeek(stream.Get(), 0, 0), 0);
+    EXPECT_EQ(LongRead(stream.Get(), TIFF_TYPE_SHORT, count, back.data(), TIFF_BIG_ENDIAN, 2), 1);
+    EXPECT_EQ(back, numbers);
+}
+
+TEST(ElementStreams, FailWithAnInputOutputCodeWhenBytesAreMissing) {
+    uint32_t numbers[3] = {};
+    const OwnedBlock block(BlockOf(Counted(11)));
+    const OpenStream stream(mOpen(block.Get(), 11));
+    const auto failsWithCode6 = [](int32_t result) {
+        return result == 0 && SetTiffError(TIFF_SUCCESS) == TIFF_IO_ERROR;
+    };
+    SetTiffError(TIFF_SUCCESS);
+    EXPECT_TRUE(failsWithCode6(LongRead(stream.Get(), TIFF_TYPE_LONG, 3, numbers, 0, 0)));
+    EXPECT_TRUE(failsWithCode6(LongRead(stream.Get(), TIFF_TYPE_LONG, UINT32_MAX, numbers, 0, 0)));
+    EXPECT_TRUE(failsWithCode6(LongWrite(-31, TIFF_TYPE_LONG, 3, numbers, TIFF_BIG_ENDIAN, 0)));
+    EXPECT_TRUE(failsWithCode6(LongWrite(stream.Get(), TIFF_TYPE_LONG, 3, nullptr, 0, 0)));
+    EXPECT_EQ(LongRead(-31, TIFF_TYPE_RATIONAL, 0, nullptr, 0, 0), 1);
+    EXPECT_EQ(LongWrite(-31, TIFF_TYPE_RATIONAL, 0, nullptr, 0, 2), 1);
+}
+
+TEST(ElementOrder, SwapsARationalAsOneAndMirrorsEveryByte) {
+    Bytes bytes = Counted(9);
+    SwapElements(bytes.data() + 1, TIFF_TYPE_RATIONAL, 1);
+    EXPECT_EQ(bytes, (Bytes{1, 9, 8, 7, 6, 5, 4, 3, 2}));
+
+    Bytes all(256 + 3);  // more than whole groups of eight
+    std::iota(all.begin(), all.end(), uint8_t{0});
+    ReverseBits(all.data(), all.size());
+    for (size_t i = 0; i < all.size(); i++) {
+        for (uint32_t bit = 0; bit < 8; bit++)
+            ASSERT_EQ((all[i] >> bit) & 1U, (i >> (7 - bit)) & 1U) << "byte " << i;
+    }
+}
+
+}  // namespace
+}  // namespace vellim::test

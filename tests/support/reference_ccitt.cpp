@@ -1,0 +1,560 @@
+#include "support/reference_ccitt.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <random>
+#include <string>
+#include <string_view>
+
+#include "codec/fax_codes.h"
+#include "vellim/failures.h"
+
+namespace vellim::test {
+namespace {
+
+bool PixelAt(const Bytes& row, int32_t x) {
+    return (row[static_cast<size_t>(x) / 8] >> (7 - x % 8) & 1) != 0;
+}
+
+void SetPixel(Bytes& row, int32_t x) {
+    uint8_t& byte = row[static_cast<size_t>(x) / 8];
+    byte = static_cast<uint8_t>(byte | 0x80 >> (x % 8));
+}
+
+// ---- Encoding. ----
+
+class BitWriter {
+  public:
+    void Put(std::string_view bits) {
+        for (const char bit : bits) {
+            if (count_ % 8 == 0) bytes_.push_back(0);
+            if (bit == '1')
+                bytes_.back() = static_cast<uint8_t>(bytes_.back() | 0x80 >> (count_ % 8));
+            ++count_;
+        }
+    }
+    void Align() { count_ = bytes_.size() * 8; }
+    void AlignSoThat(size_t bits) {
+        while ((count_ + bits) % 8 != 0)
+            Put("0");
+    }
+    Bytes Take() { return std::move(bytes_); }
+
+  private:
+    Bytes bytes_;
+    size_t count_ = 0;
+};
+
+template <size_t N>
+std::string_view CodeOf(const RunCode (&table)[N], int run) {
+    for (const RunCode& row : table) {
+        if (row.run == run) return row.bits;
+    }
+    return {};
+}
+
+void PutRun(BitWriter& out, bool black, int32_t run) {
+    for (; run > 2560; run -= 2560)
+        out.Put(CodeOf(kExtendedMakeUpCodes, 2560));
+    if (run >= 1792) {
+        out.Put(CodeOf(kExtendedMakeUpCodes, run / 64 * 64));
+    } else if (run >= 64) {
+        out.Put(black ? CodeOf(kBlackMakeUpCodes, run / 64 * 64)
+                      : CodeOf(kWhiteMakeUpCodes, run / 64 * 64));
+    }
+    out.Put(black ? CodeOf(kBlackTerminatingCodes, run % 64)
+                  : CodeOf(kWhiteTerminatingCodes, run % 64));
+}
+
+// First pixel from `from` on that isn't of `color`, or the width.
+int32_t EndOfRunAt(const Bytes& row, int32_t from, int32_t width, bool color) {
+    while (from < width && PixelAt(row, from) == color)
+        ++from;
+    return from;
+}
+
+void PutRow1D(BitWriter& out, const Bytes& row, int32_t width) {
+    bool black = false;
+    for (int32_t x = 0; x < width; black = !black) {
+        const int32_t end = EndOfRunAt(row, x, width, black);
+        PutRun(out, black, end - x);
+        x = end;
+    }
+}
+
+void PutRow2D(BitWriter& out, const Bytes& row, const Bytes& above, int32_t width) {
+    int32_t a0 = -1;
+    bool black = false;
+    while (a0 < width) {
+        const int32_t from = std::max(a0, 0);
+        const int32_t a1 = EndOfRunAt(row, from, width, black);
+        int32_t b1 = a0 + 1;
+        const auto pixelAbove = [&](int32_t x) { return x >= 0 && PixelAt(above, x); };
+        while (b1 < width && !(pixelAbove(b1) != black && pixelAbove(b1 - 1) == black))
+            ++b1;
+        const int32_t b2 = b1 < width ? EndOfRunAt(above, b1, width, !black) : width;
+        if (b2 < a1) {
+            out.Put("0001");
+            a0 = b2;
+        } else if (std::abs(a1 - b1) <= 3) {
+            constexpr std::string_view codes[] = {"0000010", "000010", "010",    "1",
+                                                  "011",     "000011", "0000011"};
+            out.Put(codes[a1 - b1 + 3]);
+            a0 = a1;
+            black = !black;
+        } else {
+            const int32_t a2 = EndOfRunAt(row, a1, width, !black);
+            out.Put("001");
+            PutRun(out, black, a1 - from);
+            PutRun(out, !black, a2 - a1);
+            a0 = a2;
+        }
+    }
+}
+
+// ---- Decoding. ----
+
+struct Failure {
+    uint32_t code;
+};
+
+struct Code {
+    int32_t run;
+    uint32_t bits;
+    uint32_t length;
+    bool makeUp;
+};
+
+template <size_t N>
+void Append(std::vector<Code>& codes, const RunCode (&table)[N], bool makeUp) {
+    for (const RunCode& row : table) {
+        codes.push_back({row.run,
+                         static_cast<uint32_t>(std::stoul(std::string(row.bits), nullptr, 2)),
+                         static_cast<uint32_t>(row.bits.size()), makeUp});
+    }
+}
+
+const std::vector<Code>& CodesOf(bool black) {
+    static const auto make = [](bool isBlack) {
+        std::vector<Code> codes;
+        if (isBlack) {
+            Append(codes, kBlackTerminatingCodes, false);
+            Append(codes, kBlackMakeUpCodes, true);
+        } else {
+            Append(codes, kWhiteTerminatingCodes, false);
+            Append(codes, kWhiteMakeUpCodes, true);
+        }
+        Append(codes, kExtendedMakeUpCodes, true);
+        return codes;
+    };
+    static const std::vector<Code> white = make(false);
+    static const std::vector<Code> blackCodes = make(true);
+    return black ? blackCodes : white;
+}
+
+// A window of eight bits, and the rest of the byte last read behind it.
+class WindowReader {
+  public:
+    explicit WindowReader(const Bytes& stream) : stream_(stream) {}
+
+    void Seek(size_t offset) {
+        next_ = offset;
+        valid_ = lastBits_ = 0;
+        window_ = 0;
+    }
+    void TopUp() {
+        while (valid_ < 8) {
+            if (lastBits_ == 0) TakeByte();
+            MoveBit();
+        }
+    }
+    void Drop(int bits) {
+        window_ = (window_ << bits) & 0xFF;
+        valid_ -= bits;
+    }
+    [[nodiscard]] int Window() const { return window_; }
+    [[nodiscard]] int LeadingZeros() const {
+        int zeros = 0;
+        while (zeros < 8 && (window_ & 0x80 >> zeros) == 0)
+            ++zeros;
+        return zeros;
+    }
+    // Up to and with the first 1 bit.
+    void SkipThroughOne() {
+        while (!TakeBit()) {
+        }
+    }
+    bool TakeBit() {
+        if (valid_ == 0) {
+            if (lastBits_ == 0) TakeByte();
+            while (lastBits_ != 0)
+                MoveBit();
+        }
+        const bool bit = (window_ & 0x80) != 0;
+        Drop(1);
+        return bit;
+    }
+    // What is in hand then reaches to the end of the byte.
+    void HoldWholeByte() {
+        const int ahead = valid_ + lastBits_;
+        if (ahead >= 8) {
+            const int back = ahead / 8 * 8;
+            lastBits_ = ahead % 8;
+            valid_ = 0;
+            window_ = 0;
+            next_ -= static_cast<size_t>(back / 8);
+            last_ = stream_[next_ - 1];
+        }
+        while (lastBits_ != 0 && valid_ < 8)
+            MoveBit();
+    }
+    void AlignToByte() {
+        const size_t whole = static_cast<size_t>(valid_ + lastBits_) / 8;
+        Seek(next_ - whole);
+    }
+
+  private:
+    void TakeByte() {
+        if (next_ >= stream_.size()) throw Failure{TIFF_UNEXPECTED_END};
+        last_ = stream_[next_++];
+        lastBits_ = 8;
+    }
+    void MoveBit() {
+        const int bit = last_ >> (lastBits_ - 1) & 1;
+        window_ |= bit << (7 - valid_);
+        ++valid_;
+        --lastBits_;
+    }
+
+    const Bytes& stream_;
+    size_t next_ = 0;
+    int last_ = 0;
+    int lastBits_ = 0;
+    int window_ = 0;
+    int valid_ = 0;
+};
+
+struct RunRead {
+    int32_t length = 0;
+    bool zeroByte = false;
+};
+
+RunRead ReadRun(WindowReader& in, bool black) {
+    RunRead run;
+    for (;;) {
+        in.TopUp();
+        if (in.Window() == 0) {
+            in.Drop(8);
+            run.zeroByte = true;
+            return run;
+        }
+        const int first = in.Window();
+        const Code* found = nullptr;
+        for (const Code& code : CodesOf(black)) {
+            if (code.length <= 8 && first >> (8 - code.length) == static_cast<int>(code.bits)) {
+                in.Drop(static_cast<int>(code.length));
+                found = &code;
+            }
+        }
+        if (found == nullptr) {
+            in.Drop(8);
+            in.TopUp();
+            const uint32_t both =
+                static_cast<uint32_t>(first) << 8 | static_cast<uint32_t>(in.Window());
+            for (const Code& code : CodesOf(black)) {
+                if (code.length > 8 && both >> (16 - code.length) == code.bits) found = &code;
+            }
+            in.Drop(static_cast<int>(found->length) - 8);
+        }
+        run.length += found->run;
+        if (!found->makeUp) return run;
+    }
+}
+
+// Changing elements as the rules speak of them.
+using List = std::vector<int32_t>;
+
+Bytes Paint(const List& list, size_t count, int32_t width) {
+    Bytes row(static_cast<size_t>(width + 7) / 8);
+    const auto pixels = static_cast<int32_t>(row.size() * 8);
+    for (size_t i = 0; i + 1 < count; i += 2) {
+        const int32_t end = list[i + 1] < list[i] ? list[i] + 1 : list[i + 1];
+        for (int32_t x = std::max(list[i], 0); x < std::min(end, pixels); ++x)
+            SetPixel(row, x);
+    }
+    return row;
+}
+
+class Decoder {
+  public:
+    Decoder(CompressionKey key, const Bytes& stream, int32_t width, int32_t height,
+            int32_t rowsPerStrip, const std::vector<uint32_t>& offsets)
+        : key_(key),
+          stream_(stream),
+          in_(stream),
+          width_(width),
+          height_(height),
+          rowsPerStrip_(offsets.empty() ? height : rowsPerStrip),
+          offsets_(offsets) {}
+
+    DecodedLines Run() {
+        try {
+            if (!offsets_.empty()) SeekStrip();
+            switch (key_) {
+                case TIFF_KEY_CCITT_1D:
+                case TIFF_KEY_CCITT_1D_BARE:
+                    Run1DNoEol();
+                    break;
+                case TIFF_KEY_GROUP3_1D:
+                case TIFF_KEY_GROUP3_1D_FILL:
+                    Run1DEol();
+                    break;
+                case TIFF_KEY_GROUP4:
+                    RunGroup4();
+                    break;
+                default:
+                    Run2DEol();
+                    break;
+            }
+        } catch (const Failure& failure) {
+            result_.code = failure.code == TIFF_LINE_STOP ? 0 : failure.code;
+        }
+        return std::move(result_);
+    }
+
+  private:
+    void SeekStrip() {
+        if (offsets_[strip_] > stream_.size()) throw Failure{TIFF_IO_ERROR};
+        in_.Seek(offsets_[strip_]);
+    }
+    void Deliver() {
+        stripEnded_ = false;
+        result_.lines.push_back(Paint(changes_, changes_.size(), width_));
+        const auto lines = static_cast<int32_t>(result_.lines.size());
+        if (lines >= height_) throw Failure{TIFF_LINE_STOP};
+        if (lines % rowsPerStrip_ != 0) return;
+        ++strip_;
+        if (strip_ >= offsets_.size()) throw Failure{TIFF_IO_ERROR};
+        SeekStrip();
+        stripEnded_ = true;
+    }
+    [[nodiscard]] bool BlackIsDue() const { return changes_.size() % 2 != 0; }
+
+    void Run1DNoEol() {
+        for (;;) {
+            changes_.clear();
+            int32_t position = 0;
+            do {
+                position += ReadRun(in_, BlackIsDue()).length;
+                changes_.push_back(position);
+            } while (position < width_);
+            Deliver();
+            if (!stripEnded_) in_.AlignToByte();
+        }
+    }
+    // True when a run closed by a terminating code was stored.
+    bool RowOfRuns(bool skipEndOfLine) {
+        changes_.clear();
+        bool seen = false;
+        int32_t position = 0;
+        do {
+            const RunRead run = ReadRun(in_, BlackIsDue());
+            if (run.zeroByte) {
+                if (skipEndOfLine) in_.SkipThroughOne();
+                position = width_;
+            } else {
+                position += run.length;
+                seen = true;
+            }
+            changes_.push_back(position);
+        } while (position < width_);
+        return seen;
+    }
+    void Run1DEol() {
+        for (;;) {
+            if (RowOfRuns(true)) Deliver();
+        }
+    }
+    void BeginRow2D() {
+        reference_ = changes_;
+        if (passed_ < 0) passed_ = width_;
+        reference_.insert(reference_.end(), {passed_, width_, width_});
+        changes_.clear();
+        passed_ = -1;
+    }
+    void Row2D(bool group4) {
+        BeginRow2D();
+        int32_t a0 = 0;
+        size_t b1 = 0;
+        const auto store = [&](int32_t position) {
+            a0 = position;
+            changes_.push_back(position);
+            passed_ = -1;
+        };
+        do {
+            if (in_.Window() == 0) in_.TopUp();
+            const int zeros = in_.LeadingZeros();
+            if (zeros == 0) {
+                in_.Drop(1);
+                store(reference_.at(b1++));
+            } else if (zeros == 1 || zeros == 4 || zeros == 5) {
+                in_.Drop(zeros + 1);
+                if (in_.Window() == 0) in_.TopUp();
+                const bool right = (in_.Window() & 0x80) != 0;
+                in_.Drop(1);
+                const int offset = zeros == 1 ? 1 : zeros - 2;
+                store(reference_.at(b1++) + (right ? offset : -offset));
+                if (!right) {
+                    while (b1 > 1 && reference_.at(b1 - 2) > a0)
+                        b1 -= 2;
+                } else if (b1 >= 2 && reference_.at(b1 - 2) > a0) {
+                    b1 -= 2;
+                } else {
+                    while (a0 < width_ && reference_.at(b1) <= a0)
+                        b1 += 2;
+                }
+            } else if (zeros == 3) {
+                in_.Drop(4);
+                a0 = passed_ = reference_.at(b1 + 1);
+                b1 += 2;
+            } else if (zeros == 2) {
+                in_.Drop(3);
+                const bool black = BlackIsDue();
+                store(a0 + ReadRun(in_, black).length);
+                store(a0 + ReadRun(in_, !black).length);
+                while (a0 < width_ && reference_.at(b1) <= a0)
+                    b1 += 2;
+            } else if (zeros == 6 && !group4) {
+                in_.Drop(7);
+            } else if (zeros == 8 && !group4) {
+                store(width_);
+            } else if (zeros == 8) {
+                for (const int expected : {0x10, 0x01}) {
+                    in_.Drop(8);
+                    in_.TopUp();
+                    if (in_.Window() != expected) throw Failure{TIFF_BAD_CODE};
+                }
+                throw Failure{TIFF_UNEXPECTED_EOFB};
+            } else {
+                throw Failure{TIFF_BAD_CODE};
+            }
+        } while (a0 < width_);
+    }
+    void RunGroup4() {
+        for (;;) {
+            if (stripEnded_) changes_.clear();
+            if (stripEnded_) passed_ = -1;
+            Row2D(true);
+            Deliver();
+        }
+    }
+    void Run2DEol() {
+        bool oneDimensional = true;
+        bool seen = false;
+        for (;;) {
+            if (stripEnded_) {
+                changes_.clear();
+                passed_ = -1;
+                stripEnded_ = false;
+            }
+            if (oneDimensional) {
+                passed_ = -1;
+                seen = RowOfRuns(false) || seen;
+            } else {
+                seen = true;
+                Row2D(false);
+            }
+            in_.SkipThroughOne();
+            oneDimensional = in_.TakeBit();
+            in_.HoldWholeByte();
+            if (seen) Deliver();
+        }
+    }
+
+    CompressionKey key_;
+    const Bytes& stream_;
+    WindowReader in_;
+    int32_t width_;
+    int32_t height_;
+    int32_t rowsPerStrip_;
+    std::vector<uint32_t> offsets_;
+    size_t strip_ = 0;
+    bool stripEnded_ = false;
+    List changes_;
+    List reference_;
+    int32_t passed_ = -1;  // position of a pass that ended a line, or -1
+    DecodedLines result_;
+};
+
+}  // namespace
+
+Picture RandomPicture(uint32_t seed, int32_t width, int32_t height, double meanRun) {
+    std::mt19937 random(seed);
+    std::exponential_distribution<double> run(1.0 / meanRun);
+    Picture picture{width, {}};
+    List changes;
+    for (int32_t y = 0; y < height; ++y) {
+        const uint32_t kind = random() % 8;
+        if (y == 0 || kind == 0) {
+            changes.clear();
+            for (double x = random() % 3 == 0 ? 0 : run(random); x < width; x += 1 + run(random)) {
+                changes.push_back(static_cast<int32_t>(x));
+            }
+        } else if (kind != 1) {
+            for (int32_t& change : changes) {
+                if (random() % 3 == 0) change += static_cast<int32_t>(random() % 9) - 4;
+            }
+            std::sort(changes.begin(), changes.end());
+            if (random() % 4 == 0 && changes.size() > 4) {
+                const auto at =
+                    changes.begin() + static_cast<std::ptrdiff_t>(random() % (changes.size() - 2));
+                changes.erase(at, at + 2);
+            }
+        }
+        Bytes row(static_cast<size_t>(width + 7) / 8);
+        for (size_t i = 0; i + 1 < changes.size(); i += 2) {
+            for (int32_t x = std::max(changes[i], 0); x < std::min(changes[i + 1], width); ++x) {
+                SetPixel(row, x);
+            }
+        }
+        picture.rows.push_back(std::move(row));
+    }
+    return picture;
+}
+
+Bytes EncodeReference(CompressionKey key, const Picture& picture, int32_t k) {
+    constexpr std::string_view kEndOfLine = "000000000001";
+    BitWriter out;
+    const bool group3 = (key & 0xFFFF) == 3;
+    const bool twoDimensional = key == TIFF_KEY_GROUP3_2D || key == TIFF_KEY_GROUP3_2D_FILL;
+    const bool fill = group3 && (key & 0x40000) != 0;
+    const auto putEndOfLine = [&](std::string_view tag) {
+        if (fill) out.AlignSoThat(kEndOfLine.size() + tag.size());
+        out.Put(kEndOfLine);
+        out.Put(tag);
+    };
+    Bytes above(static_cast<size_t>(picture.width + 7) / 8);
+    for (size_t y = 0; y < picture.rows.size(); ++y) {
+        const bool oneDimensional = !twoDimensional || y % static_cast<size_t>(k) == 0;
+        if (group3) putEndOfLine(!twoDimensional ? "" : oneDimensional ? "1" : "0");
+        if (key == TIFF_KEY_GROUP4 || !oneDimensional) {
+            PutRow2D(out, picture.rows[y], above, picture.width);
+        } else {
+            PutRow1D(out, picture.rows[y], picture.width);
+        }
+        if (key == TIFF_KEY_CCITT_1D || key == TIFF_KEY_CCITT_1D_BARE) out.Align();
+        above = picture.rows[y];
+    }
+    for (int i = 0; i < (group3 ? 6 : 0); ++i)
+        putEndOfLine(twoDimensional ? "1" : "");
+    for (int i = 0; i < (key == TIFF_KEY_GROUP4 ? 2 : 0); ++i)
+        out.Put(kEndOfLine);
+    return out.Take();
+}
+
+DecodedLines DecodeReference(CompressionKey key, const Bytes& stream, int32_t width, int32_t height,
+                             int32_t rowsPerStrip, const std::vector<uint32_t>& stripOffsets) {
+    return Decoder(key, stream, width, height, rowsPerStrip, stripOffsets).Run();
+}
+
+}  // namespace vellim::test

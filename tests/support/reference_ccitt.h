@@ -1,0 +1,40 @@
+// CCITT coding the slow and plain way: an encoder that looks at pixels, and a decoder that follows
+// the rules step by step with a window of eight bits. The library's decoders must give the same
+// lines and the same code on any input.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "support/tiff_builder.h"
+#include "vellim/codec.h"
+
+namespace vellim::test {
+
+// A bilevel picture, 1 is black; rows packed, first pixel in bit 7.
+struct Picture {
+    int32_t width = 0;
+    std::vector<Bytes> rows;
+};
+
+// Runs of random length: `meanRun` pixels on the average, each row like the one above but for some
+// of its changes, so that all modes come up.
+Picture RandomPicture(uint32_t seed, int32_t width, int32_t height, double meanRun);
+
+// The whole picture as one strip of code for `key`; Group 3 data ends with six end-of-line codes,
+// Group 4 with two. In two-dimensional Group 3 every `k`th line is one-dimensional.
+Bytes EncodeReference(CompressionKey key, const Picture& picture, int32_t k = 4);
+
+struct DecodedLines {
+    std::vector<Bytes> lines;
+    uint32_t code = 0;
+    bool operator==(const DecodedLines&) const = default;
+};
+
+// Decodes `stream` by the rules. With `stripOffsets` each strip has `rowsPerStrip` lines; without,
+// the stream is one run of code.
+DecodedLines DecodeReference(CompressionKey key, const Bytes& stream, int32_t width, int32_t height,
+                             int32_t rowsPerStrip = 0,
+                             const std::vector<uint32_t>& stripOffsets = {});
+
+}  // namespace vellim::test
