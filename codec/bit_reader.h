@@ -59,6 +59,14 @@ class BitReader {
         count_ += bytes * 8;
     }
 
+    // Whether `bits` bits (up to 56) could be had without care.
+    bool TopUp(uint32_t bits) {
+        if (count_ >= bits) return true;
+        if (!HasRoom()) return false;
+        Refill();
+        return true;
+    }
+
     // Brings at least `bits` bits (up to 56) into the window. 0, or the failure of FillCodeBuffer.
     uint32_t Ensure(uint32_t bits) {
         while (count_ < bits) {

@@ -1,6 +1,8 @@
 // The decoders of one-dimensional coding (ITU-T T.4 section 4.1; TIFF 6.0 section 10): runs of
 // white and black by turns, starting with white. Every bit pattern decodes, so damage shows as
 // wrong runs, and only the stream's end is a failure.
+#include <algorithm>
+
 #include "codec/bit_reader.h"
 #include "codec/change_lists.h"
 #include "codec/end_of_run.h"
@@ -12,98 +14,73 @@
 namespace vellim {
 namespace {
 
-// The line being decoded. The colour that is due is told by the number of changes: even is white.
+// The line being decoded. It is painted as it is read: no list of its changes is needed.
 struct RunLine {
-    int32_t* changes;
-    uint32_t capacity;
+    LinePainter painter;
     int32_t width;
-    uint32_t count = 0;
     int32_t position = 0;
+    RunColor due = RunColor::White;
     bool hasRuns = false;  // closed by a terminating code
 
-    RunLine(const ChangeLists& lists, int32_t lineWidth)
-        : changes(lists.Current()), capacity(lists.Capacity()), width(lineWidth) {}
+    explicit RunLine(const CodecState& state)
+        : painter(state.LineBuffer, state.RowBytes), width(state.Dimensions.biWidth) {}
 
     [[nodiscard]] bool GoesOn() const { return position < width; }
-    [[nodiscard]] RunColor Color() const { return static_cast<RunColor>(count & 1U); }
 
-    void Store() {
-        if (count == capacity) DropEmptyRuns();
-        changes[count++] = position;
-    }
-
-    // Two changes at one place undo each other. Without such pairs the list can't outgrow the line,
-    // however many empty runs damaged data has.
-    void DropEmptyRuns() {
-        uint32_t kept = 0;
-        for (uint32_t i = 0; i < count; ++i) {
-            if (kept != 0 && changes[kept - 1] == changes[i]) {
-                --kept;
-            } else {
-                changes[kept++] = changes[i];
-            }
-        }
-        count = kept;
-    }
-
-    void Add(const Run& run) {
-        position = std::min(position + run.length, kFarPosition);
-        Store();
+    // The next run, in the colour that is due, ends at `end`.
+    void Add(int32_t end) {
+        if (due == RunColor::Black) painter.Black(position, end);
+        position = end;
+        due = OtherColor(due);
     }
 };
 
-// Reads runs, starting with a white one, to the line's end (true), or to one that needs care
-// (false): closed by a zero byte, or where room ends in the code buffer or in the list.
+// Reads pairs of a white and a black run to the line's end (true), or up to a pair that needs care
+// (false): one closed by a zero byte, or one in which the code buffer's room ends.
 bool ReadRunsQuickly(RunLine& line, BitReader& sharedReader) {
     BitReader reader = sharedReader;
+    LinePainter painter = line.painter;
     const int32_t width = line.width;
     int32_t position = line.position;
-    int32_t* change = line.changes + line.count;
-    const int32_t* const lastPair = line.changes + line.capacity - 2;
+    bool hasRuns = line.hasRuns;
     bool lineDone = false;
-    while (change <= lastPair) {
-        if (reader.Count() < kRunCodeBits) {
-            if (!reader.HasRoom()) break;
-            reader.Refill();
-        }
+    while (!lineDone) {
+        if (!reader.TopUp(kQuickRunBits)) break;
         const RunPair pair = LookUpRunPair(reader.Window(), RunColor::White);
         const int32_t between = position + pair.first;
         // The line may end between the two.
         if (pair.bits != 0 && between < width) {
             reader.Consume(pair.bits);
             position = between + pair.second;
-            *change++ = between;
-            *change++ = position;
-        } else {
-            const BitReader atRun = reader;
-            Run white;
-            if (!ReadRunQuickly(reader, RunColor::White, white) ||
-                white.closedBy == RunKind::ZeroByte) {
-                reader = atRun;
-                break;
-            }
-            position += white.length;
-            *change++ = position;
-            if (position < width) {
-                const BitReader atBlack = reader;
-                Run black;
-                if (!ReadRunQuickly(reader, RunColor::Black, black) ||
-                    black.closedBy == RunKind::ZeroByte) {
-                    reader = atBlack;
-                    break;
-                }
-                position += black.length;
-                *change++ = position;
-            }
+            painter.Black(between, position);
+            hasRuns = true;
+            lineDone = position >= width;
+            continue;
         }
-        if (position >= width) {
-            lineDone = true;
+        const BitReader atPair = reader;
+        Run white;
+        Run black;
+        bool sound = ReadRunQuickly(reader, RunColor::White, white) &&
+                     white.closedBy == RunKind::Terminating;
+        lineDone = sound && position + white.length >= width;
+        if (sound && !lineDone) {
+            sound = reader.TopUp(kQuickRunBits) && ReadRunQuickly(reader, RunColor::Black, black) &&
+                    black.closedBy == RunKind::Terminating;
+        }
+        if (!sound) {
+            reader = atPair;
             break;
         }
+        position += white.length;
+        hasRuns = true;
+        if (lineDone) break;
+        painter.Black(position, position + black.length);
+        position += black.length;
+        lineDone = position >= width;
     }
+    line.hasRuns = hasRuns;
+    line.painter = painter;
     line.position = position;
-    line.count = static_cast<uint32_t>(change - line.changes);
-    line.hasRuns = line.hasRuns || line.count != 0;
     sharedReader = reader;
     return lineDone;
 }
@@ -112,39 +89,49 @@ bool ReadRunsQuickly(RunLine& line, BitReader& sharedReader) {
 // `run` is then. A run closed by a zero byte isn't added to the line.
 uint32_t ReadRuns(RunLine& line, BitReader& reader, Run& run) {
     run.closedBy = RunKind::Terminating;
-    if (reader.HasRoom() && line.Color() == RunColor::White && ReadRunsQuickly(line, reader)) {
-        return 0;
-    }
-    if (const uint32_t failure = ReadRunCarefully(reader, line.Color(), run); failure != 0) {
+    if (line.due == RunColor::White && ReadRunsQuickly(line, reader)) return 0;
+    if (const uint32_t failure = ReadRunCarefully(reader, line.due, run); failure != 0) {
         return failure;
     }
     if (run.closedBy == RunKind::Terminating) {
-        line.Add(run);
+        line.Add(std::min(line.position + run.length, kFarPosition));
         line.hasRuns = true;
     }
     return 0;
 }
 
+// Passes over end-of-line codes that stand alone, without fill, in front of a line.
+void SkipEndsOfLine(BitReader& reader) {
+    constexpr uint32_t kEndOfLineBits = 12;
+    while (reader.TopUp(2 * kEndOfLineBits) && reader.Peek(kEndOfLineBits) == 1) {
+        reader.Consume(kEndOfLineBits);
+    }
+}
+
+// Paints and delivers the line. 0, or what FlushDataBuffer gave.
+uint32_t Deliver(CodecState& state, RunLine& line) {
+    line.painter.Finish();
+    return FlushDataBuffer(&state);
+}
+
 }  // namespace
 
-// Lines begin on byte boundaries. A zero byte is no code here, but a run of no pixels.
+// Lines begin on byte boundaries. A zero byte is no code here, but a run that ends where it begins.
 uint32_t Decode1DNoEol(CodecState& state) {
     if (const uint32_t code = InitDecodeBuffers(&state); code != 0) return EndOfRun(code);
-    const int32_t width = state.Dimensions.biWidth;
-    const ChangeLists lists(width);
-    if (!lists) return TIFF_NO_MEMORY;
 
     BitReader reader(state);
     for (;;) {
-        RunLine line(lists, width);
+        RunLine line(state);
         do {
             Run run;
             if (const uint32_t failure = ReadRuns(line, reader, run); failure != 0) return failure;
-            if (run.closedBy == RunKind::ZeroByte) line.Add(run);
+            if (run.closedBy == RunKind::ZeroByte) {
+                line.Add(std::min(line.position + run.length, kFarPosition));
+            }
         } while (line.GoesOn());
 
-        PaintRuns(line.changes, state.LineBuffer, line.count, state.RowBytes);
-        if (const uint32_t code = FlushDataBuffer(&state); code != 0) return EndOfRun(code);
+        if (const uint32_t code = Deliver(state, line); code != 0) return EndOfRun(code);
         reader.AlignToByte();
         if (state.StripEnded == 0) continue;
         state.StripEnded = 0;
@@ -156,25 +143,22 @@ uint32_t Decode1DNoEol(CodecState& state) {
 // One that stands alone, as before each line and in the closing sequence, delivers nothing.
 uint32_t Decode1DEol(CodecState& state) {
     if (const uint32_t code = InitDecodeBuffers(&state); code != 0) return EndOfRun(code);
-    const int32_t width = state.Dimensions.biWidth;
-    const ChangeLists lists(width);
-    if (!lists) return TIFF_NO_MEMORY;
 
     BitReader reader(state);
     for (;;) {
-        RunLine line(lists, width);
+        SkipEndsOfLine(reader);
+        RunLine line(state);
         do {
             Run run;
             if (const uint32_t failure = ReadRuns(line, reader, run); failure != 0) return failure;
             if (run.closedBy != RunKind::ZeroByte) continue;
             if (const uint32_t failure = SkipThroughFirstOne(reader); failure != 0) return failure;
-            line.position = width;
-            line.Store();
+            if (line.hasRuns) line.Add(line.width);
+            break;
         } while (line.GoesOn());
         if (!line.hasRuns) continue;
 
-        PaintRuns(line.changes, state.LineBuffer, line.count, state.RowBytes);
-        if (const uint32_t code = FlushDataBuffer(&state); code != 0) return EndOfRun(code);
+        if (const uint32_t code = Deliver(state, line); code != 0) return EndOfRun(code);
         if (state.StripEnded == 0) continue;
         state.StripEnded = 0;
         reader.Reload();

@@ -42,7 +42,7 @@ uint32_t DecodeRowOfRuns(FaxRow& row, const ChangeLists& lists, BitReader& reade
         const auto color = static_cast<RunColor>(row.count & 1U);
         const BitReader atRun = reader;
         Run run;
-        if (!ReadRunQuickly(reader, color, run)) {
+        if (!reader.TopUp(kQuickRunBits) || !ReadRunQuickly(reader, color, run)) {
             reader = atRun;
             if (const uint32_t failure = ReadRunCarefully(reader, color, run); failure != 0) {
                 return failure;

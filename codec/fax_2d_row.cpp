@@ -1,6 +1,6 @@
 #include "codec/fax_2d_row.h"
 
-#include <array>
+#include <algorithm>
 #include <bit>
 
 #include "codec/fax_modes.h"
@@ -10,33 +10,6 @@
 
 namespace vellim {
 namespace {
-
-struct ModeEntry {
-    ModeKind kind;
-    int8_t offset;
-    uint8_t length;  // bits of the code
-};
-
-constexpr uint32_t kModeBits = 7;
-
-constexpr std::array<ModeEntry, 1U << kModeBits> MakeModeLookup() {
-    std::array<ModeEntry, 1U << kModeBits> lookup{};
-    for (ModeEntry& entry : lookup)
-        entry = {ModeKind::Other, 0, 0};
-    for (const ModeCode& code : kModeCodes) {
-        uint32_t bits = 0;
-        for (const char bit : code.bits)
-            bits = bits * 2 + (bit == '1' ? 1U : 0U);
-        const size_t free = kModeBits - code.bits.size();
-        for (uint32_t i = 0; i < (1U << free); ++i) {
-            lookup[(bits << free) + i] = {code.kind, code.offset,
-                                          static_cast<uint8_t>(code.bits.size())};
-        }
-    }
-    return lookup;
-}
-
-constexpr auto kModes = MakeModeLookup();
 
 // Zero bits in front of the first 1 bit, which tell a mode.
 enum ModeZeros : uint32_t {
@@ -170,9 +143,9 @@ struct Walk {
     [[nodiscard]] int32_t BeforeB1() const { return reference[int64_t{b1} - 2]; }
 };
 
-// What quick reading wants in hand: eight bits behind the longest mode, for CatchUp to look at, and
-// the first lookup of a horizontal mode's runs.
-constexpr uint32_t kQuickModeBits = kModeBits + kPairBits;
+// What quick reading wants in hand: for vertical modes a chain of them, and eight bits behind for
+// CatchUp to look at; for a horizontal mode its code and the pair of its runs.
+constexpr uint32_t kQuickModeBits = std::max<uint32_t>(kChainBits + 8, 3 + kPairBits);
 
 // Both runs of a horizontal mode, whose code has been used up. False when the room ends in them.
 inline bool ReadTwoRunsQuickly(BitReader& reader, RunColor color, Run& first, Run& second) {
@@ -184,8 +157,8 @@ inline bool ReadTwoRunsQuickly(BitReader& reader, RunColor color, Run& first, Ru
         second.codeBits = pair.secondBits;
         return true;
     }
-    return ReadRunQuickly(reader, color, first) &&
-           ReadRunQuickly(reader, OtherColor(color), second);
+    return reader.TopUp(kQuickRunBits) && ReadRunQuickly(reader, color, first) &&
+           reader.TopUp(kQuickRunBits) && ReadRunQuickly(reader, OtherColor(color), second);
 }
 
 // Reads modes to the line's end (true), or up to one that needs care (false): where the code
@@ -197,10 +170,7 @@ bool ReadModesQuickly(FaxRow& row, const ChangeLists& lists, BitReader& sharedRe
     const uint32_t lastCount = lists.Capacity() - kChainModes;
     bool lineDone = false;
     do {
-        if (reader.Count() < kQuickModeBits) {
-            if (!reader.HasRoom()) break;
-            reader.Refill();
-        }
+        if (!reader.TopUp(kQuickModeBits)) break;
         if (walk.count > lastCount) break;
         const VerticalChain& chain = kVerticalChains[reader.Peek(kChainBits)];
         if (chain.count != 0) {
@@ -208,10 +178,9 @@ bool ReadModesQuickly(FaxRow& row, const ChangeLists& lists, BitReader& sharedRe
             lineDone = !walk.LineGoesOn();
             continue;
         }
-        const ModeEntry mode = kModes[reader.Peek(kModeBits)];
-        if (mode.kind == ModeKind::Horizontal) {
+        if (reader.Peek(3) == 1) {
             const BitReader atMode = reader;
-            reader.Consume(mode.length);
+            reader.Consume(3);
             const RunColor color = walk.Color();
             Run first;
             Run second;
@@ -223,8 +192,8 @@ bool ReadModesQuickly(FaxRow& row, const ChangeLists& lists, BitReader& sharedRe
             walk.HorizontalRun(second);
             walk.MoveOn();
             lookAhead = {reader.Position(), ValidBehindRun(second)};
-        } else if (mode.kind == ModeKind::Pass) {
-            reader.Consume(mode.length);
+        } else if (reader.Peek(4) == 1) {
+            reader.Consume(4);
             walk.Pass();
             row.endsWithPass = !walk.LineGoesOn();
         } else {
@@ -257,6 +226,8 @@ uint32_t ReadModeCarefully(FaxRow& row, const ChangeLists& lists, BitReader& rea
     if (walk.count + 2 > lists.Capacity()) return TIFF_BAD_CODE;
 
     uint32_t valid = lookAhead.valid;
+    // What the look-ahead has in hand, the reader may still have to load.
+    if (const uint32_t failure = reader.Ensure(valid); failure != 0) return failure;
     const auto bringIn = [&reader, &valid]() -> uint32_t {
         if (InHand(reader.Window(), valid) != 0) return 0;
         valid = 8;

@@ -1,13 +1,4 @@
-// Two ways to paint a line. A line of few runs is painted run by run. In a line of many runs each
-// change inverts its word of the line from its place on, and one pass over the words then carries
-// the colour across; that costs the same wherever the runs lie, with no branch a run. It needs
-// changes in rising order; a damaged line that has them otherwise is painted run by run.
 #include "codec/run_painter.h"
-
-#include <algorithm>
-#include <cstring>
-
-#include "codec/bit_reader.h"
 
 namespace vellim {
 namespace {
@@ -42,38 +33,14 @@ void PaintRunByRun(const int32_t* list, uint8_t* line, uint32_t count, uint32_t 
     }
 }
 
-// Whether the changes rise from 0 on and stay within the line. Written for the compiler to take
-// several at once.
-bool RisesWithin(const int32_t* list, uint32_t count, uint32_t width) {
+// Whether the changes rise from 0 on. Written for the compiler to take several at once.
+bool Rises(const int32_t* list, uint32_t count) {
     const auto at = [list](uint32_t i) { return static_cast<uint32_t>(list[i]); };
     uint32_t falls = at(0);
     for (uint32_t i = 1; i < count; ++i)
         falls |= at(i) - at(i - 1);
     constexpr uint32_t kSignBit = 1U << 31;
-    return (falls & kSignBit) == 0 && at(count - 1) <= width;
-}
-
-// Inverts the word of the line that `change` lies in from there on.
-inline void Invert(uint8_t* line, uint32_t change) {
-    constexpr uint32_t kWordBits = 64;
-    uint8_t* const word = line + change / kWordBits * sizeof(uint64_t);
-    StoreNative64(word, LoadNative64(word) ^ ~uint64_t{0} >> change % kWordBits);
-}
-
-void PaintByChanges(const int32_t* list, uint8_t* line, uint32_t count, uint32_t rowBytes) {
-    // A change at the line's end falls into the spare word.
-    std::memset(line, 0, rowBytes + sizeof(uint64_t));
-    for (uint32_t i = 0; i + 1 < count; i += 2) {
-        Invert(line, static_cast<uint32_t>(list[i]));
-        Invert(line, static_cast<uint32_t>(list[i + 1]));
-    }
-    // The last bit of a word tells whether the number of changes so far is odd.
-    uint64_t carry = 0;
-    for (uint32_t at = 0; at < rowBytes; at += sizeof(uint64_t)) {
-        const uint64_t word = LoadNative64(line + at) ^ carry;
-        carry = 0 - (word & 1);
-        StoreBigEndian64(line + at, word);
-    }
+    return (falls & kSignBit) == 0;
 }
 
 }  // namespace
@@ -85,13 +52,17 @@ void PaintRuns(const int32_t* list, uint8_t* line, uint32_t count, uint32_t rowB
         std::memset(line, 0, rowBytes);
         return;
     }
-    // Below about one change for every four words painting run by run is cheaper.
+    // Below about one change for every four words painting run by run is cheaper; and a damaged
+    // line may have its changes in any order.
     const bool many = count > rowBytes / 32;
-    if (many && RisesWithin(list, count, rowBytes * 8)) {
-        PaintByChanges(list, line, count, rowBytes);
-    } else {
+    if (!many || !Rises(list, count)) {
         PaintRunByRun(list, line, count, rowBytes);
+        return;
     }
+    LinePainter painter(line, rowBytes);
+    for (uint32_t i = 0; i < count; i += 2)
+        painter.Black(list[i], list[i + 1]);
+    painter.Finish();
 }
 
 }  // namespace vellim

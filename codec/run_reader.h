@@ -16,30 +16,32 @@ struct Run {
     uint32_t codeBits = 0;  // length of the code that closed it
 };
 
-// Bits that one lookup looks at.
-inline constexpr uint32_t kRunCodeBits = kBlackLookupBits;
-
 // Each lookup wants eight bits in hand, and sixteen for a code longer than eight, even where the
 // code itself takes fewer. 0, or the failure of FillCodeBuffer.
 uint32_t ReadRunCarefully(BitReader& reader, RunColor color, Run& run);
 
-// The same where the code buffer has room. False, with the reader somewhere in the run, when the
-// room ends in it: the caller goes back to the run's start and reads it carefully.
+// The same where the code buffer has room. Needs kQuickRunBits bits in the window: two codes fit,
+// and longer chains of make-up codes top it up. False, with the reader somewhere in the run, when
+// the room ends in it: the caller goes back to the run's start and reads it carefully.
+inline constexpr uint32_t kQuickRunBits = 2 * kBlackLookupBits;
+
 inline bool ReadRunQuickly(BitReader& reader, RunColor color, Run& run) {
-    run.length = 0;
-    for (;;) {
-        if (reader.Count() < kRunCodeBits) {
-            if (!reader.HasRoom()) return false;
-            reader.Refill();
+    RunEntry entry = LookUpRun(reader.Window(), color);
+    reader.Consume(entry.length);
+    run.length = entry.run;
+    while (entry.kind == RunKind::MakeUp)
+        [[unlikely]] {
+            if (reader.Count() < kBlackLookupBits) [[unlikely]] {
+                if (!reader.HasRoom()) return false;
+                reader.Refill();
+            }
+            entry = LookUpRun(reader.Window(), color);
+            reader.Consume(entry.length);
+            run.length += entry.run;
         }
-        const RunEntry entry = LookUpRun(reader.Window(), color);
-        reader.Consume(entry.length);
-        run.length += entry.run;
-        if (entry.kind == RunKind::MakeUp) continue;
-        run.closedBy = entry.kind;
-        run.codeBits = entry.length;
-        return true;
-    }
+    run.closedBy = entry.kind;
+    run.codeBits = entry.length;
+    return true;
 }
 
 // Passes over zero bits, any number of them, and the 1 bit behind them, as an end-of-line code

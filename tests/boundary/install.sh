@@ -29,7 +29,7 @@ export PKG_CONFIG_PATH=$LD_LIBRARY_PATH/pkgconfig
 "$compiler" -std=c11 $flags "$source/main.c" $(pkg-config --cflags --libs vellim) -o "$work/by_pkg_config"
 expect "$work/by_pkg_config"
 
-"$cmake" -S "$source" -B "$work/cmake" -DCMAKE_C_COMPILER="$compiler" -DCMAKE_C_FLAGS="$flags" \
+"$cmake" -G Ninja -S "$source" -B "$work/cmake" -DCMAKE_C_COMPILER="$compiler" -DCMAKE_C_FLAGS="$flags" \
     -DCMAKE_PREFIX_PATH="$prefix" -DWANTED_VERSION="$version" >"$work/log" &&
     "$cmake" --build "$work/cmake" >>"$work/log" || { cat "$work/log" >&2; exit 1; }
 expect "$work/cmake/consumer"

@@ -137,7 +137,7 @@ TEST(ConvertPixels, HaveTheirSenseInEveryFormat) {
         SCOPED_TRACE(c.name);
         const std::string input = OneLine(c);
         const std::string out = NewPath("line.png");
-        ASSERT_EQ(RunTool("convert " + input + " " + out).exitCode, 0);
+        ASSERT_EQ(RunTool(Words({"convert", input, out})).exitCode, 0);
         const Png png = ReadPng(out);
         EXPECT_EQ(png.depth, c.depth);
         EXPECT_EQ(png.colourType, c.colourType);
@@ -176,7 +176,7 @@ TEST(ConvertPixels, RefusedWhereTheyWouldComeOutWrong) {
             BuildTiff({SimpleImage(4, 4, c.bits, c.samples, 1, c.photometric, 4, {Bytes(96)})}),
             "odd.tif");
         const std::string out = NewPath("odd.png");
-        const ToolRun run = RunTool("convert " + input + " " + out);
+        const ToolRun run = RunTool(Words({"convert", input, out}));
         EXPECT_EQ(run.exitCode, 2);
         EXPECT_NE(run.err.find("odd.tif: image 1: "), std::string::npos) << run.err;
         EXPECT_NE(run.err.find(c.reason), std::string::npos) << run.err;

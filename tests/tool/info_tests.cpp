@@ -40,9 +40,7 @@ TEST(Info, TagValuesAreWholeInJsonAndShortForPeople) {
     image.tags.push_back(RationalTag(282, 408, 2));
     image.tags.push_back(
         AsciiTag(270, std::string_view("Caf\xE9 \x93x\x94\x1B[31m\n\0page two", 23)));
-    image.tags.push_back(AsciiTag(305,
-                                  "Gr\xC3\xBC\xC3\x9F"
-                                  "e"));
+    image.tags.push_back(AsciiTag(305, "Gr\xC3\xBC\xC3\x9F"));
     image.tags.push_back({700, 6, 2, {0xFF, 0x80}});
     image.tags.push_back({40000, 12, 1, {1}});
     for (const bool bigEndian : {false, true}) {
@@ -52,10 +50,8 @@ TEST(Info, TagValuesAreWholeInJsonAndShortForPeople) {
         for (const char* words :
              {"\"Caf\xC3\xA9 \xE2\x80\x9Cx\xE2\x80\x9D\\x1b[31m\\n\"\n",
               "\"Caf\xC3\xA9 \xE2\x80\x9Cx\xE2\x80\x9D\\x1b[31m\\n\" \"page two\"\n",
-              "256 ImageWidth ", "408/2\n", "-1 -128\n",
-              "Gr\xC3\xBC\xC3\x9F"
-              "e",
-              "40000 - ", "DOUBLE ", " ...\n"}) {
+              "256 ImageWidth ", "408/2\n", "-1 -128\n", "Gr\xC3\xBC\xC3\x9F\"", "40000 - ",
+              "DOUBLE ", " ...\n"}) {
             EXPECT_NE(plain.out.find(words), std::string::npos) << words << "\n" << plain.out;
         }
         const Json json = Json::parse(RunTool("info --json " + path).out);
@@ -109,8 +105,8 @@ TEST(BrokenChain, IsToldAndCountsAsDamage) {
 TEST(SeveralFiles, GoOnAfterAFailureAndTheWorstCounts) {
     const std::string bad = FileOf({'n', 'o', 't', 'a', 't', 'i', 'f', 'f'}, "bad.tif");
     const std::string gone = NewPath("gone.tif");
-    for (const char* command : {"info ", "check "}) {
-        const ToolRun run = RunTool(command + gone + " " + bad + " " + Sample("fax.tif"));
+    for (const char* command : {"info", "check"}) {
+        const ToolRun run = RunTool(Words({command, gone, bad, Sample("fax.tif")}));
         EXPECT_EQ(run.exitCode, 2);
         EXPECT_NE(run.err.find("vellim: " + gone + ": No such file or directory\n"),
                   std::string::npos);

@@ -34,6 +34,15 @@ ToolRun RunTool(const std::string& arguments, const Bytes& input) {
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Text(ReadFile(out)), Text(ReadFile(err))};
 }
 
+std::string Words(std::initializer_list<std::string_view> words) {
+    std::string line;
+    for (const std::string_view word : words) {
+        if (!line.empty()) line += ' ';
+        line += word;
+    }
+    return line;
+}
+
 std::string NewPath(const std::string& name) {
     const std::filesystem::path path(FileOf({}, name));
     std::filesystem::remove(path);
@@ -46,7 +55,7 @@ std::string Sample(const std::string& name) {
 
 Bytes ReadFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(file), {});
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
 bool Exists(const std::string& path) {

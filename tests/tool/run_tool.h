@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "support/tiff_builder.h"
@@ -17,6 +19,9 @@ struct ToolRun {
 
 // Runs `vellim` with `arguments`, as a shell reads them, and `input` as standard input.
 ToolRun RunTool(const std::string& arguments, const Bytes& input = {});
+
+// The words of a command line, with a blank between.
+std::string Words(std::initializer_list<std::string_view> words);
 
 // A path in the test's own folder; nothing is there yet.
 std::string NewPath(const std::string& name);
