@@ -25,6 +25,28 @@ uint32_t LongOf(const uint8_t* bytes, uint16_t byteOrder) {
     return byteOrder == TIFF_BIG_ENDIAN ? __builtin_bswap32(value) : value;
 }
 
+// Adds the sizes of the entries' values to `total`, up to the first entry that must be looked at
+// more closely: a subfile type, or a value that is too long. Gives the number of entries before it.
+template <uint16_t kByteOrder>
+uint32_t SumValueBytes(std::span<const uint8_t> entries, uint64_t& total) {
+    const uint32_t count = static_cast<uint32_t>(entries.size()) / kEntryBytes;
+    const uint8_t* entry = entries.data();
+    for (uint32_t i = 0; i < count; ++i, entry += kEntryBytes) {
+        const uint16_t tag = ShortOf(entry, kByteOrder);
+        const uint16_t type = ShortOf(entry + 2, kByteOrder);
+        const uint64_t bytes = uint64_t{LongOf(entry + 4, kByteOrder)} * TiffTypeSize(type);
+        const bool isSubfileType = tag == TIFF_TAG_NEW_SUBFILE_TYPE || tag == TIFF_TAG_SUBFILE_TYPE;
+        if (isSubfileType || bytes >= kValueLimit) return i;
+        total += bytes;
+    }
+    return count;
+}
+
+uint32_t PlainEntries(std::span<const uint8_t> entries, uint16_t byteOrder, uint64_t& total) {
+    return byteOrder == TIFF_BIG_ENDIAN ? SumValueBytes<TIFF_BIG_ENDIAN>(entries, total)
+                                        : SumValueBytes<TIFF_LITTLE_ENDIAN>(entries, total);
+}
+
 }  // namespace
 
 uint32_t DirectoryEntry::ValueOffset() const {
@@ -79,17 +101,28 @@ std::optional<DirectorySummary> ReadDirectorySummary(StreamWindow& window, uint3
     DirectorySummary summary = {};
     summary.EntryCount = *entryCount;
     summary.LinkOffset = EntryOffset(offset, *entryCount);
-    uint64_t tagBytes = 0;
-    for (uint32_t i = 0; i < *entryCount; i++) {
+    uint64_t tagBytes = uint64_t{*entryCount} * kTagRecordHeadBytes;
+    // Of a directory that lies in the window as a whole, the sizes of values are all that most
+    // entries need; reading single ones doesn't move the window then.
+    const uint32_t bytes = *entryCount * kEntryBytes;
+    const uint8_t* const entries =
+        bytes <= StreamWindow::kBytes ? window.At(EntryOffset(offset, 0), bytes) : nullptr;
+    for (uint32_t i = 0; i < *entryCount; ++i) {
+        if (entries != nullptr) {
+            i += PlainEntries({entries + i * kEntryBytes, bytes - i * kEntryBytes}, byteOrder,
+                              tagBytes);
+            if (i == *entryCount) break;
+        }
         const std::optional<DirectoryEntry> entry =
             ReadDirectoryEntry(window, EntryOffset(offset, i), byteOrder);
         if (!entry) return std::nullopt;
-        tagBytes += kTagRecordHeadBytes + entry->ValueBytes;
+        tagBytes += entry->ValueBytes;
         if (tagBytes >= kTagBytesLimit) return Fail(TIFF_BAD_TAG, std::nullopt);
         const uint8_t lowByte = entry->ValueField[0];
         if (entry->Tag == TIFF_TAG_NEW_SUBFILE_TYPE) summary.SubfileType = lowByte;
-        if (entry->Tag == TIFF_TAG_SUBFILE_TYPE)
+        if (entry->Tag == TIFF_TAG_SUBFILE_TYPE) {
             summary.SubfileType = static_cast<uint8_t>(lowByte - 1);
+        }
     }
     summary.TagBytes = static_cast<uint32_t>(tagBytes);
     return summary;

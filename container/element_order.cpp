@@ -44,20 +44,6 @@ uint64_t MirroredBytes(uint64_t bytes) {
 
 }  // namespace
 
-uint32_t TiffTypeSize(uint32_t type) {
-    switch (type) {
-        case TIFF_TYPE_SHORT:
-            return 2;
-        case TIFF_TYPE_LONG:
-        case TIFF_TYPE_OFFSET:
-            return 4;
-        case TIFF_TYPE_RATIONAL:
-            return 8;
-        default:
-            return 1;
-    }
-}
-
 void SwapElements(void* buffer, uint32_t type, uint32_t count) {
     auto* bytes = static_cast<uint8_t*>(buffer);
     switch (TiffTypeSize(type)) {

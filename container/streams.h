@@ -16,7 +16,19 @@ StreamHandle mOpen(GlobalHandle block, int32_t size);
 GlobalHandle mBlock(StreamHandle handle);
 
 // Width in bytes of one element.
-uint32_t TiffTypeSize(uint32_t type);
+constexpr uint32_t TiffTypeSize(uint32_t type) {
+    switch (type) {
+        case TIFF_TYPE_SHORT:
+            return 2;
+        case TIFF_TYPE_LONG:
+        case TIFF_TYPE_OFFSET:
+            return 4;
+        case TIFF_TYPE_RATIONAL:
+            return 8;
+        default:
+            return 1;
+    }
+}
 
 // Reverses the bytes of each of `count` elements in place: SHORT, LONG and OFFSET by their width,
 // RATIONAL as one unit of 8. Other types are left as they are.

@@ -52,8 +52,8 @@ struct LineSink {
     bool (*line)(void* state, const uint8_t* row) = nullptr;
     bool (*finish)(void* state) = nullptr;  // after the last line
 
-    bool Put(const uint8_t* row) const { return line(state.get(), row); }
-    bool Finish() const { return finish(state.get()); }
+    [[nodiscard]] bool Put(const uint8_t* row) const { return line(state.get(), row); }
+    [[nodiscard]] bool Finish() const { return finish(state.get()); }
 };
 
 // A sink of a state and of functions that take that state.
