@@ -10,8 +10,9 @@
 
 namespace vellim {
 
-// Positions are kept within this distance of the line, so that sums of them can't overflow.
-inline constexpr int32_t kFarPosition = 1 << 29;
+// Positions are kept within this bound, so that sums of them can't overflow. A wider line can't be
+// decoded: it counts as one that there is no memory for.
+inline constexpr int32_t kFarPosition = 1 << 28;
 
 class ChangeLists {
   public:
@@ -22,7 +23,7 @@ class ChangeLists {
         : capacity_((static_cast<uint32_t>(width) < kLeastChanges ? kLeastChanges
                                                                   : static_cast<uint32_t>(width)) +
                     kClosingEntries),
-          block_(GlobalAlloc(GHND, BytesOfAList() * 2)),
+          block_(width > kFarPosition ? 0 : GlobalAlloc(GHND, BytesOfAList() * 2)),
           lock_(block_.Get()) {
         if (!lock_) return;
         current_ = lock_.As<int32_t>() + kFrontEntries;

@@ -35,8 +35,10 @@ class TiffSource {
     explicit TiffSource(TiffFileHandle file) : file_(file), stream_(Open(file)) {}
     ~TiffSource() {
         if (!stream_ || stream_.Get() > 0) return;
+        // A callback that closed the stream has left nothing to take back.
+        const GlobalHandle block = mBlock(stream_.Get());
         const TiffFileAccess access(file_);
-        if (access) access->MemoryBlock = mBlock(stream_.Get());
+        if (access && block != 0) access->MemoryBlock = block;
     }
     TiffSource(const TiffSource&) = delete;
     TiffSource& operator=(const TiffSource&) = delete;

@@ -27,6 +27,18 @@ struct RunLine {
 
     [[nodiscard]] bool GoesOn() const { return position < width; }
 
+    // A white run ends at `between`, and a black one behind it at `end`.
+    void AddPair(int32_t between, int32_t end) {
+        painter.Black(between, end);
+        position = end;
+        hasRuns = true;
+    }
+
+    void EndWithWhite(int32_t end) {
+        position = end;
+        hasRuns = true;
+    }
+
     // The next run, in the colour that is due, ends at `end`.
     void Add(int32_t end) {
         if (due == RunColor::Black) painter.Black(position, end);
@@ -35,54 +47,56 @@ struct RunLine {
     }
 };
 
+// A white and a black run in one step, where there is one for them and the line doesn't end
+// between the two.
+inline bool TakePairAtOnce(RunLine& line, BitReader& reader) {
+    const RunPair pair = LookUpRunPair(reader.Window(), RunColor::White);
+    const int32_t between = line.position + pair.first;
+    if (pair.bits == 0 || between >= line.width) return false;
+    reader.Consume(pair.bits);
+    line.AddPair(between, between + pair.second);
+    return true;
+}
+
+inline bool ReadSoundRun(BitReader& reader, RunColor color, Run& run) {
+    return reader.TopUp(kQuickRunBits) && ReadRunQuickly(reader, color, run) &&
+           run.closedBy == RunKind::Terminating;
+}
+
+// The same run by run. The line may end with the white one, which needs no painting. False, with
+// nothing taken, when the pair needs care.
+inline bool TakePairByRuns(RunLine& line, BitReader& reader) {
+    const BitReader atPair = reader;
+    Run white;
+    if (ReadSoundRun(reader, RunColor::White, white)) {
+        const int32_t between = line.position + white.length;
+        if (between >= line.width) {
+            line.EndWithWhite(between);
+            return true;
+        }
+        Run black;
+        if (ReadSoundRun(reader, RunColor::Black, black)) {
+            line.AddPair(between, between + black.length);
+            return true;
+        }
+    }
+    reader = atPair;
+    return false;
+}
+
 // Reads pairs of a white and a black run to the line's end (true), or up to a pair that needs care
 // (false): one closed by a zero byte, or one in which the code buffer's room ends.
-bool ReadRunsQuickly(RunLine& line, BitReader& sharedReader) {
+bool ReadRunsQuickly(RunLine& sharedLine, BitReader& sharedReader) {
+    RunLine line = sharedLine;
     BitReader reader = sharedReader;
-    LinePainter painter = line.painter;
-    const int32_t width = line.width;
-    int32_t position = line.position;
-    bool hasRuns = line.hasRuns;
-    bool lineDone = false;
-    while (!lineDone) {
-        if (!reader.TopUp(kQuickRunBits)) break;
-        const RunPair pair = LookUpRunPair(reader.Window(), RunColor::White);
-        const int32_t between = position + pair.first;
-        // The line may end between the two.
-        if (pair.bits != 0 && between < width) {
-            reader.Consume(pair.bits);
-            position = between + pair.second;
-            painter.Black(between, position);
-            hasRuns = true;
-            lineDone = position >= width;
-            continue;
-        }
-        const BitReader atPair = reader;
-        Run white;
-        Run black;
-        bool sound = ReadRunQuickly(reader, RunColor::White, white) &&
-                     white.closedBy == RunKind::Terminating;
-        lineDone = sound && position + white.length >= width;
-        if (sound && !lineDone) {
-            sound = reader.TopUp(kQuickRunBits) && ReadRunQuickly(reader, RunColor::Black, black) &&
-                    black.closedBy == RunKind::Terminating;
-        }
-        if (!sound) {
-            reader = atPair;
-            break;
-        }
-        position += white.length;
-        hasRuns = true;
-        if (lineDone) break;
-        painter.Black(position, position + black.length);
-        position += black.length;
-        lineDone = position >= width;
-    }
-    line.hasRuns = hasRuns;
-    line.painter = painter;
-    line.position = position;
+    bool sound = true;
+    do {
+        sound = reader.TopUp(kQuickRunBits) &&
+                (TakePairAtOnce(line, reader) || TakePairByRuns(line, reader));
+    } while (sound && line.GoesOn());
+    sharedLine = line;
     sharedReader = reader;
-    return lineDone;
+    return sound;
 }
 
 // Reads at least one run: all the line's, or those up to one that the caller must look at, which
@@ -118,6 +132,7 @@ uint32_t Deliver(CodecState& state, RunLine& line) {
 
 // Lines begin on byte boundaries. A zero byte is no code here, but a run that ends where it begins.
 uint32_t Decode1DNoEol(CodecState& state) {
+    if (state.Dimensions.biWidth > kFarPosition) return TIFF_NO_MEMORY;
     if (const uint32_t code = InitDecodeBuffers(&state); code != 0) return EndOfRun(code);
 
     BitReader reader(state);
@@ -142,6 +157,7 @@ uint32_t Decode1DNoEol(CodecState& state) {
 // An end-of-line code closes the line it stands in; the line's rest takes the colour that was due.
 // One that stands alone, as before each line and in the closing sequence, delivers nothing.
 uint32_t Decode1DEol(CodecState& state) {
+    if (state.Dimensions.biWidth > kFarPosition) return TIFF_NO_MEMORY;
     if (const uint32_t code = InitDecodeBuffers(&state); code != 0) return EndOfRun(code);
 
     BitReader reader(state);

@@ -27,6 +27,9 @@ constexpr bool HasSign(uint32_t zeros) {
     return zeros == kZerosVertical1 || zeros == kZerosVertical2 || zeros == kZerosVertical3;
 }
 
+// A 1 bit that ends the search for the first one: no mode has more than eight zeros in front.
+constexpr uint64_t kBehindEightZeros = 1ULL << 55;
+
 // Those of the window's first bits that are in hand, the others zero.
 uint64_t InHand(uint64_t window, uint32_t valid) {
     return valid == 0 ? 0 : window >> (64 - valid) << (64 - valid);
@@ -40,7 +43,7 @@ void CatchUp(LookAhead& lookAhead, const BitReader& reader, int64_t to) {
     while (position < to) {
         uint64_t window = reader.LookBack(position);
         if (InHand(window, valid) == 0) valid = 8;
-        const auto zeros = static_cast<uint32_t>(std::countl_zero(window));
+        const auto zeros = static_cast<uint32_t>(std::countl_zero(window | kBehindEightZeros));
         valid -= zeros + 1;
         window <<= zeros + 1;
         position += zeros + 1;
@@ -161,6 +164,23 @@ inline bool ReadTwoRunsQuickly(BitReader& reader, RunColor color, Run& first, Ru
            reader.TopUp(kQuickRunBits) && ReadRunQuickly(reader, OtherColor(color), second);
 }
 
+// A horizontal mode. False, with nothing taken, when the room ends in it.
+inline bool TakeHorizontal(Walk& walk, BitReader& reader, LookAhead& lookAhead) {
+    const BitReader atMode = reader;
+    reader.Consume(3);
+    Run first;
+    Run second;
+    if (!ReadTwoRunsQuickly(reader, walk.Color(), first, second)) {
+        reader = atMode;
+        return false;
+    }
+    walk.HorizontalRun(first);
+    walk.HorizontalRun(second);
+    walk.MoveOn();
+    lookAhead = {reader.Position(), ValidBehindRun(second)};
+    return true;
+}
+
 // Reads modes to the line's end (true), or up to one that needs care (false): where the code
 // buffer's room or the list's ends, or behind six zero bits.
 bool ReadModesQuickly(FaxRow& row, const ChangeLists& lists, BitReader& sharedReader,
@@ -179,19 +199,7 @@ bool ReadModesQuickly(FaxRow& row, const ChangeLists& lists, BitReader& sharedRe
             continue;
         }
         if (reader.Peek(3) == 1) {
-            const BitReader atMode = reader;
-            reader.Consume(3);
-            const RunColor color = walk.Color();
-            Run first;
-            Run second;
-            if (!ReadTwoRunsQuickly(reader, color, first, second)) {
-                reader = atMode;
-                break;
-            }
-            walk.HorizontalRun(first);
-            walk.HorizontalRun(second);
-            walk.MoveOn();
-            lookAhead = {reader.Position(), ValidBehindRun(second)};
+            if (!TakeHorizontal(walk, reader, lookAhead)) break;
         } else if (reader.Peek(4) == 1) {
             reader.Consume(4);
             walk.Pass();
@@ -218,6 +226,70 @@ uint32_t ReadClosingCode(BitReader& reader) {
     return TIFF_UNEXPECTED_EOFB;
 }
 
+// The next bits of modes, with the look-ahead followed to the bit.
+struct ModeBits {
+    BitReader& reader;
+    uint32_t valid;  // in hand, as LookAhead has it
+
+    // Brings eight bits in when those in hand are all zeros. 0, or the failure of FillCodeBuffer.
+    uint32_t BringIn() {
+        if (InHand(reader.Window(), valid) != 0) return 0;
+        valid = 8;
+        return reader.Ensure(8);
+    }
+
+    // Up to eight zeros; bits that aren't in hand count as zeros.
+    [[nodiscard]] uint32_t LeadingZeros() const {
+        return static_cast<uint32_t>(
+            std::countl_zero(InHand(reader.Window(), valid) | kBehindEightZeros));
+    }
+
+    void Use(uint32_t bits) {
+        reader.Consume(bits);
+        valid -= bits;
+    }
+};
+
+uint32_t ReadSignedVertical(Walk& walk, ModeBits& bits, uint32_t zeros) {
+    bits.Use(zeros + 1);
+    if (const uint32_t failure = bits.BringIn(); failure != 0) return failure;
+    const bool right = bits.reader.Peek(1) != 0;
+    bits.Use(1);
+    const int32_t offset = zeros == kZerosVertical1 ? 1 : static_cast<int32_t>(zeros) - 2;
+    walk.Vertical(right ? offset : -offset);
+    return 0;
+}
+
+uint32_t ReadHorizontal(Walk& walk, ModeBits& bits) {
+    bits.Use(3);
+    Run run;
+    for (int i = 0; i < 2; ++i) {
+        const uint32_t failure = ReadRunCarefully(bits.reader, walk.Color(), run);
+        if (failure != 0) return failure;
+        walk.HorizontalRun(run);
+    }
+    walk.MoveOn();
+    bits.valid = ValidBehindRun(run);
+    return 0;
+}
+
+// What six zero bits and more mean, which is where the dialects differ.
+template <FaxDialect kDialect>
+uint32_t ReadRareMode(Walk& walk, ModeBits& bits, uint32_t zeros) {
+    const bool isGroup4 = kDialect == FaxDialect::Group4;
+    if (zeros == kZerosEndOfLine && isGroup4) return ReadClosingCode(bits.reader);
+    if (zeros == kZerosEndOfLine) {
+        // The line's rest takes the colour that is due; the zero bits stay for the caller.
+        walk.a0 = walk.width;
+        walk.Store();
+        return 0;
+    }
+    if (zeros != kZerosExtension || isGroup4) return TIFF_BAD_CODE;
+    // The extension's own three bits are read as the next mode.
+    bits.Use(kZerosExtension + 1);
+    return 0;
+}
+
 // One mode, bit by bit as far as the stream goes.
 template <FaxDialect kDialect>
 uint32_t ReadModeCarefully(FaxRow& row, const ChangeLists& lists, BitReader& reader,
@@ -225,74 +297,35 @@ uint32_t ReadModeCarefully(FaxRow& row, const ChangeLists& lists, BitReader& rea
     Walk walk(row, lists);
     if (walk.count + 2 > lists.Capacity()) return TIFF_BAD_CODE;
 
-    uint32_t valid = lookAhead.valid;
+    ModeBits bits{reader, lookAhead.valid};
     // What the look-ahead has in hand, the reader may still have to load.
-    if (const uint32_t failure = reader.Ensure(valid); failure != 0) return failure;
-    const auto bringIn = [&reader, &valid]() -> uint32_t {
-        if (InHand(reader.Window(), valid) != 0) return 0;
-        valid = 8;
-        return reader.Ensure(8);
-    };
-    const auto use = [&reader, &valid](uint32_t bits) {
-        reader.Consume(bits);
-        valid -= bits;
-    };
-
-    if (const uint32_t failure = bringIn(); failure != 0) return failure;
-    const auto zeros =
-        static_cast<uint32_t>(std::countl_zero(InHand(reader.Window(), valid) | (1ULL << 55)));
-    switch (zeros) {
+    uint32_t failure = reader.Ensure(bits.valid);
+    if (failure == 0) failure = bits.BringIn();
+    if (failure != 0) return failure;
+    switch (const uint32_t zeros = bits.LeadingZeros()) {
         case kZerosVertical0:
-            use(1);
+            bits.Use(1);
             walk.Vertical(0);
             break;
         case kZerosVertical1:
         case kZerosVertical2:
-        case kZerosVertical3: {
-            use(zeros + 1);
-            if (const uint32_t failure = bringIn(); failure != 0) return failure;
-            const bool right = reader.Peek(1) != 0;
-            use(1);
-            const int32_t offset = zeros == kZerosVertical1 ? 1 : static_cast<int32_t>(zeros) - 2;
-            walk.Vertical(right ? offset : -offset);
+        case kZerosVertical3:
+            failure = ReadSignedVertical(walk, bits, zeros);
             break;
-        }
+        case kZerosHorizontal:
+            failure = ReadHorizontal(walk, bits);
+            break;
         case kZerosPass:
-            use(4);
+            bits.Use(4);
             walk.Pass();
             row.endsWithPass = !walk.LineGoesOn();
             break;
-        case kZerosHorizontal: {
-            use(3);
-            RunColor color = walk.Color();
-            Run run;
-            for (int i = 0; i < 2; ++i, color = OtherColor(color)) {
-                if (const uint32_t failure = ReadRunCarefully(reader, color, run); failure != 0) {
-                    return failure;
-                }
-                walk.HorizontalRun(run);
-            }
-            walk.MoveOn();
-            valid = ValidBehindRun(run);
-            break;
-        }
-        case kZerosExtension:
-            // The extension's own three bits are read as the next mode.
-            if (kDialect == FaxDialect::Group4) return TIFF_BAD_CODE;
-            use(7);
-            break;
-        case kZerosEndOfLine:
-            if (kDialect == FaxDialect::Group4) return ReadClosingCode(reader);
-            // The line's rest takes the colour that is due; the zero bits stay for the caller.
-            walk.a0 = walk.width;
-            walk.Store();
-            break;
         default:
-            return TIFF_BAD_CODE;
+            failure = ReadRareMode<kDialect>(walk, bits, zeros);
     }
     walk.PutBack(row);
-    lookAhead = {reader.Position(), valid};
-    return 0;
+    lookAhead = {reader.Position(), bits.valid};
+    return failure;
 }
 
 }  // namespace

@@ -21,7 +21,13 @@ constexpr uint32_t kPreferredRead = 8192;
 // The bytes of the run's stream, line by line.
 class LineSource {
   public:
-    explicit LineSource(CodecState& state) : state_(state) { TakeOver(); }
+    explicit LineSource(CodecState& state)
+        : state_(state),
+          base_(int64_t{mTell(state.Stream)} - state.StreamCursor),
+          readable_(static_cast<uint32_t>(
+              std::clamp<int64_t>(mSize(state.Stream) - base_, 0, state.StreamLimit))) {
+        TakeOver();
+    }
 
     // The next line, or null with the failure in `failure`.
     uint8_t* NextLine(uint32_t& failure) {
@@ -58,13 +64,14 @@ class LineSource {
     }
 
   private:
-    // Moves the bounds of the code buffer on until they hold the line's end. 0, or 5 where the
-    // stream ends before.
+    // Moves the bounds of the code buffer on until they hold the line's end. 0, 5 where the run's
+    // length ends before, or 6 where the stream itself does.
     uint32_t Buffer() {
         while (uint64_t{position_} + state_.RowBytes > buffered_) {
             if (buffered_ >= state_.StreamLimit) return TIFF_UNEXPECTED_END;
             mark_ = buffered_;
             buffered_ += std::min(state_.CodeBufferSize, state_.StreamLimit - buffered_);
+            if (buffered_ > readable_) return TIFF_IO_ERROR;
         }
         return TIFF_SUCCESS;
     }
@@ -74,10 +81,10 @@ class LineSource {
         const bool isLong = lineBytes > state_.CodeBufferSize;
         const uint32_t room = isLong ? lineBytes : std::min(state_.CodeBufferSize, kPreferredRead);
         const uint32_t lines = lineBytes == 0 ? 0 : std::max(1U, room / lineBytes);
-        const uint32_t bytes = std::min(lines * lineBytes, state_.StreamLimit - position_);
+        const uint32_t bytes = std::min(lines * lineBytes, readable_ - position_);
         uint8_t* const memory = isLong ? state_.LineBuffer : state_.CodeBufferBase;
         if (position_ != streamAt_ &&
-            mSeek(state_.Stream, static_cast<int32_t>(position_), 0) < 0) {
+            mSeek(state_.Stream, static_cast<int32_t>(base_ + position_), 0) < 0) {
             return TIFF_IO_ERROR;
         }
         if (LongRead(state_.Stream, TIFF_TYPE_BYTE, bytes, memory, TIFF_LITTLE_ENDIAN,
@@ -97,7 +104,10 @@ class LineSource {
     }
 
     CodecState& state_;
-    uint32_t position_ = 0;  // stream offset of the next line
+    // Offsets count from where the run's data began: bare data may begin inside its stream.
+    int64_t base_;           // what they count from
+    uint32_t readable_;      // where the run's length or the stream ends
+    uint32_t position_ = 0;  // of the next line
     // The code buffer as FillCodeBuffer would have it: stream offsets of its start and its end.
     uint32_t mark_ = 0;
     uint32_t buffered_ = 0;

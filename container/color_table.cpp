@@ -66,8 +66,8 @@ void FillFromMap(RGBQUAD* table, uint32_t colors, const TagRecord& map) {
 
 // False, with code 10, for a palette image without a map, even where its colours are fixed.
 bool FillTable(RGBQUAD* table, uint32_t colors, TiffFileHandle file, int32_t image) {
-    if (colors == 0) return true;
     const uint32_t photometric = TagNumber(file, image, TIFF_TAG_PHOTOMETRIC, kNoPhotometric);
+    if (colors == 0) return true;
     std::optional<TagRecord> map;
     const TagBuffer tags(TagBufferOf(file, image));
     if (photometric == kPalette) {

@@ -109,8 +109,8 @@ std::optional<DirectorySummary> ReadDirectorySummary(StreamWindow& window, uint3
         bytes <= StreamWindow::kBytes ? window.At(EntryOffset(offset, 0), bytes) : nullptr;
     for (uint32_t i = 0; i < *entryCount; ++i) {
         if (entries != nullptr) {
-            i += PlainEntries({entries + i * kEntryBytes, bytes - i * kEntryBytes}, byteOrder,
-                              tagBytes);
+            const std::span<const uint8_t> whole(entries, bytes);
+            i += PlainEntries(whole.subspan(size_t{i} * kEntryBytes), byteOrder, tagBytes);
             if (i == *entryCount) break;
         }
         const std::optional<DirectoryEntry> entry =

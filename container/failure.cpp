@@ -50,6 +50,12 @@ constexpr bool IsFailureCode(int32_t code) {
     return code >= TIFF_SUCCESS && code <= TIFF_UNEXPECTED_EOFB;
 }
 
+// The current failure code may be a line function's own, which has no wording.
+std::string_view MessageOf(int32_t code) {
+    const int32_t current = IsFailureCode(failureCode) ? failureCode : int32_t{TIFF_BAD_CODE};
+    return kMessages[static_cast<size_t>(IsFailureCode(code) ? code : current)];
+}
+
 }  // namespace
 
 void StoreFailure(uint32_t code) {
@@ -71,8 +77,7 @@ int32_t SetTiffError(int32_t code) {
 }
 
 char* TiffErrorString(char* buffer, int32_t code) {
-    const int32_t shown = IsFailureCode(code) ? code : failureCode;
-    const std::string_view message = kMessages[static_cast<size_t>(shown)];
+    const std::string_view message = MessageOf(code);
     if (buffer == nullptr) {
         MessageBoxA(0, message.data(), "TIFF error", MB_ICONEXCLAMATION);
         return nullptr;

@@ -3,6 +3,7 @@
 #include "container/resolution.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 #include "container/failure.h"
@@ -33,10 +34,14 @@ double ReadDots(TiffFileHandle file, int32_t image, uint32_t tag, int32_t capabi
     return static_cast<double>(element->Number) / std::max(element->Denominator, 1U);
 }
 
-template <typename Field>
-Field RoundedInto(double value) {
-    return static_cast<Field>(
-        std::clamp<double>(value + 0.5, 0, std::numeric_limits<Field>::max()));
+// What pels a metre can't hold becomes the most that they can.
+int32_t RoundedPels(double pels) {
+    return static_cast<int32_t>(std::min<double>(pels + 0.5, std::numeric_limits<int32_t>::max()));
+}
+
+// Half of a DPI value: the low 16 bits.
+uint16_t RoundedDots(double dots) {
+    return static_cast<uint16_t>(static_cast<uint64_t>(std::trunc(dots + 0.5)));
 }
 
 }  // namespace
@@ -53,9 +58,9 @@ int32_t PelsPerMetre(double dots, uint32_t unit) {
     switch (unit) {
         case kUnitNone:
         case kUnitInch:
-            return RoundedInto<int32_t>(dots * kInchesPerMetre);
+            return RoundedPels(dots * kInchesPerMetre);
         case kUnitCentimetre:
-            return RoundedInto<int32_t>(dots * kCentimetresPerMetre);
+            return RoundedPels(dots * kCentimetresPerMetre);
         default:
             return 0;
     }
@@ -65,9 +70,9 @@ uint16_t DotsPerInch(double dots, uint32_t unit) {
     switch (unit) {
         case kUnitNone:
         case kUnitInch:
-            return RoundedInto<uint16_t>(dots);
+            return RoundedDots(dots);
         case kUnitCentimetre:
-            return RoundedInto<uint16_t>(dots * kCentimetresPerInch);
+            return RoundedDots(dots * kCentimetresPerInch);
         default:
             return 0;
     }

@@ -18,8 +18,8 @@ enum TiffResolutionUnit { kUnitNone = 1, kUnitInch = 2, kUnitCentimetre = 3 };
 // Each direction that the tags leave out is the display's.
 Resolution ReadResolution(TiffFileHandle file, int32_t image);
 
-// Dots a metre and dots an inch, rounded, or cut to what their field holds. A unit that isn't
-// known gives 0; no absolute unit counts as inches.
+// Dots a metre, rounded, at most what 31 bits hold; dots an inch, rounded, of which the low 16 bits
+// are kept. A unit that isn't known gives 0; no absolute unit counts as inches.
 int32_t PelsPerMetre(double dots, uint32_t unit);
 uint16_t DotsPerInch(double dots, uint32_t unit);
 

@@ -1,5 +1,6 @@
 // Arithmetic on sizes that come from files, and the largest image that the library takes on.
 
+#include <algorithm>
 #include <atomic>
 #include <limits>
 
@@ -11,6 +12,7 @@ namespace {
 
 constexpr uint32_t kDefaultLinePixels = 1U << 20;
 constexpr uint32_t kDefaultPictureLines = 1U << 24;
+constexpr uint32_t kHighestLimit = 1U << 28;  // positions in a line and in its codes fit 31 bits
 
 std::atomic<uint32_t> linePixelLimit = kDefaultLinePixels;
 std::atomic<uint32_t> pictureLineLimit = kDefaultPictureLines;
@@ -61,8 +63,8 @@ bool WithinSizeLimits(int32_t width, int32_t height) {
 using namespace vellim;
 
 void SetTiffSizeLimits(uint32_t linePixels, uint32_t pictureLines) {
-    if (linePixels != 0) linePixelLimit = linePixels;
-    if (pictureLines != 0) pictureLineLimit = pictureLines;
+    if (linePixels != 0) linePixelLimit = std::min(linePixels, kHighestLimit);
+    if (pictureLines != 0) pictureLineLimit = std::min(pictureLines, kHighestLimit);
 }
 
 void GetTiffSizeLimits(uint32_t* linePixels, uint32_t* pictureLines) {

@@ -105,6 +105,12 @@ int32_t GetTiffImageInfoBuffer(TiffFileHandle file, int32_t image, uint32_t tag,
 int32_t GetTiffImageInfo(TiffFileHandle file, int32_t image, uint32_t tag, void* value) {
     const TagBuffer tags(TagBufferOf(file, image));
     if (!tags) return 0;
+    if (tag == TIFF_ALL_TAGS) {
+        const std::optional<TagRecord> first = tags.RecordAt(0);
+        if (first && value != nullptr)
+            StoreElement(TIFF_TYPE_LONG, {.Number = first->Head.Tag, .Denominator = 1}, value);
+        return 1;
+    }
     const std::optional<TagRecord> record = tags.Find(tag);
     if (!record) return 0;
     const std::optional<TagElement> element = FirstElement(*record);

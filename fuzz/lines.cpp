@@ -35,9 +35,9 @@ uint32_t TakeLine(uint8_t* line, uint32_t lineNumber, uintptr_t callbackData) {
     Require(lineNumber == collector.expected.firstLine + outcome.lines, "lines come in order");
 
     const uint32_t rowBytes = collector.expected.rowBytes;
-    if (lineNumber >= collector.expected.digestFrom)
-        outcome.digest = Digest(outcome.digest, line, rowBytes);
-    if (collector.hands == Hands::Scribbling) std::memset(line, 0x5A, rowBytes);
+    const bool counts = lineNumber >= collector.expected.digestFrom;
+    if (counts) outcome.digest = Digest(outcome.digest, line, rowBytes);
+    if (!counts || collector.hands == Hands::Scribbling) std::memset(line, 0x5A, rowBytes);
     ++outcome.lines;
     collector.bytes += rowBytes;
     outcome.stopped = collector.bytes >= kMaxBytes || outcome.lines >= kMaxLines;

@@ -46,10 +46,10 @@ VELLIM_API int32_t TiffError(void);
 /* Stores `code` if it is from 0 to 20; another value changes nothing. Gives the code before. */
 VELLIM_API int32_t SetTiffError(int32_t code);
 
-/* The message of `code`, or of the current failure code if `code` is outside 0 to 20. With a
- * `buffer` (at least TIFF_MESSAGE_BYTES) the message is copied there with its terminator, and
- * `buffer` is the result. With null it is shown in a message box titled "TIFF error", and the
- * result is null. */
+/* The message of `code`, or of the current failure code if `code` is outside 0 to 20; a code of its
+ * own that a line function ended a run with has the message of TIFF_BAD_CODE. With a `buffer` (at
+ * least TIFF_MESSAGE_BYTES) the message is copied there with its terminator, and `buffer` is the
+ * result. With null it is shown in a message box titled "TIFF error", and the result is null. */
 VELLIM_API char* TiffErrorString(char* buffer, int32_t code);
 
 #ifdef __cplusplus

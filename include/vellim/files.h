@@ -74,14 +74,15 @@ VELLIM_API int32_t SetTiffDllFileHandle(int32_t count);
 VELLIM_API void GetTiffVersion(char* buffer, int32_t size);
 
 /* The library's entry point: 1 to go on, 0 to refuse. `reason` 0: process detach, 1: process
- * attach, 2 and 3: thread attach and detach. Called by the shared object itself when it is
- * loaded. */
+ * attach, 2 and 3: thread attach and detach; any other is refused. Process attach keeps `instance`
+ * as the module that the library's dialogs come from. The shared object calls it itself when it is
+ * loaded, with an `instance` of 0: its own dialogs. */
 VELLIM_API int32_t DllMain(uint32_t instance, uint32_t reason, void* reserved);
 
 /* The largest image that the library takes on, for the whole process; an image beyond it is
- * refused with code 1 before memory is taken for it. 0 keeps a limit as it is. At the start a line
- * has at most 1,048,576 pixels and a picture at most 16,777,216 lines: A0 at 600 dpi is 19,866 x
- * 28,087. */
+ * refused with code 1 before memory is taken for it. 0 keeps a limit as it is; above 268,435,456
+ * (2^28) either limit is that. At the start a line has at most 1,048,576 pixels and a picture at
+ * most 16,777,216 lines: A0 at 600 dpi is 19,866 x 28,087. */
 VELLIM_API void SetTiffSizeLimits(uint32_t linePixels, uint32_t pictureLines);
 VELLIM_API void GetTiffSizeLimits(uint32_t* linePixels, uint32_t* pictureLines);
 

@@ -16,7 +16,7 @@ extern "C" {
  * stored too: 10 (ImageWidth or ImageLength missing, or no such image in memory), 16 (planes, or a
  * depth other than 1, 4, 8 or 24). ResolutionUnit 1 and 2 count as inches, 3 as centimetres
  * (TIFF 6.0, section 8); any other unit gives a resolution of 0. A missing resolution is the
- * display's. Resolutions are cut to what the fields hold. */
+ * display's. A resolution above 31 bits becomes the highest number of 31 bits. */
 VELLIM_API int32_t GetTiffDimensions(TiffFileHandle file, int32_t image,
                                      TiffDimensions* dimensions);
 
@@ -30,7 +30,8 @@ VELLIM_API uint32_t GetTiffRowsPerStrip(TiffFileHandle file, int32_t image);
 /* Number of strips; 0 when there are no StripOffsets. */
 VELLIM_API uint32_t GetTiffStripCount(TiffFileHandle file, int32_t image);
 
-/* Stores the image's DPI value through `dpi`. Gives 0. */
+/* Stores the image's DPI value through `dpi`, each direction cut to its low 16 bits. Gives 0, or 10
+ * for a null `dpi`. */
 VELLIM_API int32_t GetTiffImageDPI(TiffFileHandle file, int32_t image, uint32_t* dpi);
 
 /* Stores a DPI value as XResolution and YResolution; ResolutionUnit stays as it is. 0, or 10. */

@@ -71,8 +71,9 @@ VELLIM_API int32_t GetTiffImageInfoBuffer(TiffFileHandle file, int32_t image, ui
 
 /* The first element of a tag through `value`, which may be null to ask only whether it is there.
  * BYTE: one byte, the rest of the variable left alone. SHORT and LONG: 32 bits. RATIONAL: two
- * 32-bit words, numerator first; the variable must have room. Other types store nothing. 1 if the
- * tag is there, else 0 with code 13. */
+ * 32-bit words, numerator first; the variable must have room. Other types store nothing. Of
+ * TIFF_ALL_TAGS the first element is the number of the first tag, if there is one. 1 if the tag is
+ * there, else 0 with code 13. */
 VELLIM_API int32_t GetTiffImageInfo(TiffFileHandle file, int32_t image, uint32_t tag, void* value);
 
 /* Starts a new image without tags and gives its index, or -1 with code 1 when all 1000 places are

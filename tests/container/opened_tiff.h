@@ -1,4 +1,4 @@
-// A TIFF made by a test, open from a file or from a memory block for the length of a scope.
+// A TIFF made by a test, open for the length of a scope: from a file, from a memory block, or new.
 #pragma once
 
 #include <string>
@@ -23,6 +23,7 @@ class OpenedTiff {
             handle_ = OpenTiffFile(path_.c_str(), mode);
         }
     }
+    OpenedTiff() : handle_(OpenTiffFile("never-written.tif", T_CREAT)) {}
     ~OpenedTiff() { CloseTiffFile(handle_); }
     OpenedTiff(const OpenedTiff&) = delete;
     OpenedTiff& operator=(const OpenedTiff&) = delete;
@@ -38,20 +39,6 @@ class OpenedTiff {
     OwnedBlock block_;
     std::string path_;
     TiffFileHandle handle_ = 0;
-};
-
-// A new file that has no path on disk yet, with one image defined in it.
-class NewImage {
-  public:
-    NewImage() : handle_(OpenTiffFile("never-written.tif", T_CREAT)) {}
-    ~NewImage() { CloseTiffFile(handle_); }
-    NewImage(const NewImage&) = delete;
-    NewImage& operator=(const NewImage&) = delete;
-
-    [[nodiscard]] TiffFileHandle Handle() const { return handle_; }
-
-  private:
-    TiffFileHandle handle_;
 };
 
 }  // namespace vellim::test

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstring>
 #include <tuple>
 
 #include "container/opened_tiff.h"
@@ -15,17 +17,12 @@ namespace {
 
 constexpr uint32_t kDisplayDpi = 96;
 
-class ImageOf {
-  public:
+struct ImageOf : OpenedTiff {
     explicit ImageOf(const std::vector<TagSpec>& tags) {
         DefineTiffImage(Handle());
         for (const TagSpec& tag : tags)
             DefineTiffImageInfoBuffer(Handle(), 0, tag.tag, tag.value.data(), tag.type, tag.count);
     }
-    [[nodiscard]] TiffFileHandle Handle() const { return image_.Handle(); }
-
-  private:
-    NewImage image_;
 };
 
 std::vector<TagSpec> With(std::vector<TagSpec> tags, const std::vector<TagSpec>& more) {
@@ -52,7 +49,6 @@ TEST(Dimensions, DecideWhatTheLibraryHandles) {
         {"2 bits", With(kSized, {ShortTag(258, {2})}), 16, 2, 0},
         {"16 bits", With(kSized, {ShortTag(258, {16})}), 16, 16, 0},
         {"planes", With(kSized, {ShortTag(284, {2})}), 16, 0, 0},
-        {"no planes", With(kSized, {ShortTag(284, {0})}), 16, 0, 0},
         {"no width", {kSized[1]}, 10, 0, 0},
         {"no height", {kSized[0]}, 10, 0, 0},
         {"width without elements", {{256, 3, 0, {}}, kSized[1]}, 10, 0, 0},
@@ -62,25 +58,26 @@ TEST(Dimensions, DecideWhatTheLibraryHandles) {
         TiffDimensions got = {};
         SetTiffError(TIFF_SUCCESS);
         EXPECT_EQ(GetTiffDimensions(image.Handle(), 0, &got), c.code) << c.what;
-        if (c.code != 0) {
-            EXPECT_EQ(TiffError(), c.code) << c.what;
-            EXPECT_EQ(GetTiffRGBQuad(image.Handle(), 0), 0U) << c.what;
+        const TiffDimensions want = {40, 1728, 2200, 1,        c.bits,  0,
+                                     0,  3780, 3780, c.colors, c.colors};
+        if (c.code == 0) {
+            EXPECT_EQ(std::memcmp(&got, &want, sizeof got), 0) << c.what;
             continue;
         }
-        EXPECT_EQ(got.biSize, 40U) << c.what;
-        EXPECT_EQ(std::pair(got.biWidth, got.biHeight), std::pair(1728, 2200)) << c.what;
-        EXPECT_EQ(got.biPlanes, 1) << c.what;
-        EXPECT_EQ(got.biBitCount, c.bits) << c.what;
-        EXPECT_EQ(got.biCompression + got.biSizeImage, 0U) << c.what;
-        EXPECT_EQ(std::pair(got.biClrUsed, got.biClrImportant), std::pair(c.colors, c.colors));
+        EXPECT_EQ(TiffError(), c.code) << c.what;
+        EXPECT_EQ(GetTiffRGBQuad(image.Handle(), 0), 0U) << c.what;
     }
     const ImageOf unknownHeight({LongTag(256, {8}), LongTag(257, {0})});
     TiffDimensions got = {};
     EXPECT_EQ(GetTiffDimensions(unknownHeight.Handle(), 0, &got), 0);
     EXPECT_EQ(got.biHeight, 1000);
     EXPECT_EQ(GetTiffRowsPerStrip(unknownHeight.Handle(), 0), 1000U);
+    for (const int32_t image : {1, -1, 1000}) {
+        SetTiffError(TIFF_SUCCESS);
+        EXPECT_EQ(GetTiffDimensions(unknownHeight.Handle(), image, &got), TIFF_TAG_MISSING);
+        EXPECT_EQ(TiffError(), TIFF_TAG_MISSING);
+    }
     EXPECT_EQ(GetTiffDimensions(unknownHeight.Handle(), 0, nullptr), TIFF_TAG_MISSING);
-    EXPECT_EQ(GetTiffDimensions(unknownHeight.Handle(), 1000, &got), TIFF_TAG_MISSING);
 }
 
 TEST(Resolution, FollowsItsUnit) {
@@ -99,7 +96,7 @@ TEST(Resolution, FollowsItsUnit) {
         {{x(204, 1), y(98, 1), unit(0)}, 0, 0, 0},
         {{x(0, 0), y(300, 0)}, 0, 11811, 300U << 16},
         {{x(2999, 10), y(2994, 10)}, 11807, 11787, 299U << 16 | 300},
-        {{x(UINT32_MAX, 1), y(65536, 1)}, INT32_MAX, 2580152, 65535U << 16 | 65535},
+        {{x(UINT32_MAX, 1), y(70000, 1)}, INT32_MAX, 2755900, 4464U << 16 | 65535},
         {{y(200, 1)}, 3780, 7874, 200U << 16 | kDisplayDpi},
         {{ShortTag(282, {200}), AsciiTag(283, "200")}, 7874, 3780, kDisplayDpi << 16 | 200},
         {{}, 3780, 3780, kDisplayDpi << 16 | kDisplayDpi},
@@ -116,17 +113,7 @@ TEST(Resolution, FollowsItsUnit) {
     }
 }
 
-TEST(Resolution, IsTheDisplaysWhereTheImageHasNone) {
-    const DisplaySettings coarse = {.DotsPerInchX = 72, .DotsPerInchY = 50, .BitsPerPixel = 24};
-    ASSERT_EQ(SetDisplay(&coarse), 1);
-    uint32_t dpi = 0;
-    EXPECT_EQ(GetTiffImageDPI(0, 0, &dpi), 0) << "no file at all";
-    SetDisplay(nullptr);
-    EXPECT_EQ(dpi, 50U << 16 | 72U);
-    EXPECT_EQ(GetTiffImageDPI(0, 0, nullptr), TIFF_TAG_MISSING);
-}
-
-TEST(Resolution, IsStoredInDotsPerInchAndTheUnitKept) {
+TEST(Resolution, IsStoredInDotsPerInchOrTheDisplays) {
     const ImageOf image(With(kSized, {ShortTag(296, {1})}));
     EXPECT_EQ(SetTiffImageDPI(image.Handle(), 0, 0x00C800CC), 0);
     uint32_t x[2] = {}, y[2] = {}, unit = 0, dpi = 0;
@@ -138,6 +125,13 @@ TEST(Resolution, IsStoredInDotsPerInchAndTheUnitKept) {
     EXPECT_EQ(dpi, 0x00C800CCU);
     EXPECT_EQ(SetTiffImageDPI(image.Handle(), 1, 0x00C800CC), TIFF_TAG_MISSING);
     EXPECT_EQ(TiffError(), TIFF_TAG_MISSING);
+    EXPECT_EQ(GetTiffImageDPI(0, 0, nullptr), TIFF_TAG_MISSING);
+
+    const DisplaySettings coarse = {.DotsPerInchX = 72, .DotsPerInchY = 50, .BitsPerPixel = 24};
+    ASSERT_EQ(SetDisplay(&coarse), 1);
+    EXPECT_EQ(GetTiffImageDPI(0, 0, &dpi), 0) << "no file at all";
+    SetDisplay(nullptr);
+    EXPECT_EQ(dpi, 50U << 16 | 72U);
 }
 
 TEST(Strips, HaveAtMostTheImagesLines) {
@@ -145,98 +139,81 @@ TEST(Strips, HaveAtMostTheImagesLines) {
         std::vector<TagSpec> tags;
         uint32_t rows, strips;
     } cases[] = {
-        {{}, 2200, 0},
-        {{LongTag(278, {0}), LongTag(273, {8})}, 2200, 1},
-        {{LongTag(278, {0xFFFFFFFF}), ShortTag(273, {8, 9, 10})}, 2200, 3},
-        {{ShortTag(278, {2200})}, 2200, 0},
-        {{ShortTag(278, {16})}, 16, 0},
+        {kSized, 2200, 0},
+        {With(kSized, {LongTag(278, {0}), LongTag(273, {8})}), 2200, 1},
+        {With(kSized, {LongTag(278, {0xFFFFFFFF}), ShortTag(273, {8, 9, 10})}), 2200, 3},
+        {With(kSized, {ShortTag(278, {16})}), 16, 0},
+        {{LongTag(256, {8}), LongTag(278, {16})}, 0, 0},
     };
     for (const auto& c : cases) {
-        const ImageOf image(With(kSized, c.tags));
+        const ImageOf image(c.tags);
         EXPECT_EQ(GetTiffRowsPerStrip(image.Handle(), 0), c.rows);
         EXPECT_EQ(GetTiffStripCount(image.Handle(), 0), c.strips);
     }
-    const ImageOf image({LongTag(256, {8}), LongTag(278, {16})});
-    EXPECT_EQ(GetTiffRowsPerStrip(image.Handle(), 0), 0U) << "no ImageLength";
 }
 
-std::vector<uint32_t> TableOf(TiffFileHandle file) {
-    const OwnedBlock block(GetTiffRGBQuad(file, 0));
-    const LockedBlock locked(block.Get());
-    if (!locked) return {0xBADBAD};
-    const auto* header = locked.As<TiffDimensions>();
-    const auto* quads = locked.As<uint8_t>() + sizeof(TiffDimensions);
-    EXPECT_EQ(locked.Size(), 40 + 4 * header->biClrUsed);
-    std::vector<uint32_t> table;  // as 0xrrggbb
-    for (uint32_t i = 0; i < header->biClrUsed; i++, quads += 4)
-        table.push_back(quads[0] + 256U * quads[1] + 65536U * quads[2] + 16777216U * quads[3]);
-    return table;
-}
-
-// Photometric -1: no tag.
+// As 0xrrggbb. Photometric -1: no tag.
 std::vector<uint32_t> TableOf(uint16_t bits, int photometric, const std::vector<TagSpec>& more) {
     std::vector<TagSpec> tags = With(kSized, more);
     tags.push_back(ShortTag(258, {bits}));
     if (photometric >= 0) tags.push_back(ShortTag(262, {static_cast<uint16_t>(photometric)}));
-    return TableOf(ImageOf(tags).Handle());
+    const OwnedBlock block(GetTiffRGBQuad(ImageOf(tags).Handle(), 0));
+    const LockedBlock locked(block.Get());
+    if (!locked) return {0xBADBAD};
+    const uint32_t colors = locked.As<TiffDimensions>()->biClrUsed;
+    EXPECT_EQ(locked.Size(), 40 + 4 * colors);
+    std::vector<uint32_t> table(colors);
+    if (colors != 0) std::memcpy(table.data(), locked.As<uint8_t>() + 40, 4 * table.size());
+    return table;
 }
 
-std::vector<uint32_t> Greys(size_t count, int first, int step) {
-    std::vector<uint32_t> greys;
-    for (size_t i = 0; i < count; i++)
-        greys.push_back(static_cast<uint32_t>(first + static_cast<int>(i) * step) * 0x010101U);
+std::vector<uint32_t> Greys(uint32_t count, uint32_t first, uint32_t step) {
+    std::vector<uint32_t> greys(count, 0);
+    for (uint32_t i = 0; i < count; i++)
+        greys[i] = (first + i * step) % 256 * 0x010101U;
     return greys;
 }
 
 TEST(ColorTable, FollowsPhotometricAndDepth) {
-    const std::vector<uint32_t> whiteBlack = {0xFFFFFF, 0}, blackWhite = {0, 0xFFFFFF};
-    std::vector<uint32_t> descending16 = Greys(16, 256, -16), descending256 = Greys(256, 256, -1);
+    const std::vector<uint32_t> whiteBlack = {0xFFFFFF, 0}, none = {0xBADBAD};
+    std::vector<uint32_t> descending16 = Greys(16, 0, 240), descending256 = Greys(256, 0, 255);
     descending16[0] = descending256[0] = 0xFFFFFF;
-    const TagSpec anyMap = ShortTag(320, {0x1100, 0x2200, 0x3300});
+    const TagSpec shortMap = ShortTag(320, {0x1100, 0x2200, 0x3300, 0x4400, 0x5500, 0x6600});
     const struct {
         uint16_t bits;
-        int photometric;
-        std::vector<TagSpec> more;
+        std::vector<int> photometrics;
         std::vector<uint32_t> table;
-    } cases[] = {
-        {1, 0, {}, whiteBlack},       {1, 1, {}, blackWhite},       {1, 2, {}, {0, 0}},
-        {1, 3, {anyMap}, whiteBlack}, {1, 4, {}, whiteBlack},       {1, 5, {}, whiteBlack},
-        {1, -1, {}, whiteBlack},      {4, 0, {}, descending16},     {4, 1, {}, Greys(16, 0, 16)},
-        {4, 2, {}, Greys(16, 0, 0)},  {4, 4, {}, descending16},     {4, -1, {}, Greys(16, 0, 0)},
-        {8, 0, {}, descending256},    {8, 1, {}, Greys(256, 0, 1)}, {8, 8, {}, Greys(256, 0, 0)},
-    };
+    } cases[] = {{1, {0, 3, 4, 5, -1}, whiteBlack},
+                 {1, {1}, {0, 0xFFFFFF}},
+                 {1, {2}, {0, 0}},
+                 {4, {0, 4}, descending16},
+                 {4, {1}, Greys(16, 0, 16)},
+                 {4, {2, 9, -1}, Greys(16, 0, 0)},
+                 {8, {0}, descending256},
+                 {8, {1}, Greys(256, 0, 1)},
+                 {8, {2}, Greys(256, 0, 0)}};
     for (const auto& c : cases)
-        EXPECT_EQ(TableOf(c.bits, c.photometric, c.more), c.table)
-            << c.bits << ", " << c.photometric;
-    const std::vector<TagSpec> rgb = With(kSized, {ShortTag(258, {8}), ShortTag(277, {3})});
-    EXPECT_TRUE(TableOf(ImageOf(With(rgb, {ShortTag(262, {3})})).Handle()).empty());
-}
-
-TEST(ColorTable, ComesFromTheHighBytesOfAColorMap) {
-    std::vector<uint16_t> map;
-    std::vector<uint32_t> expected;
-    for (uint32_t part = 1; part <= 3; part++) {
-        for (uint32_t i = 0; i < 16; i++)
-            map.push_back(static_cast<uint16_t>((part * 0x40 + i) << 8 | 0x77));
+        for (const int photometric : c.photometrics)
+            EXPECT_EQ(TableOf(c.bits, photometric, {shortMap}), c.table) << c.bits << photometric;
+    for (const uint16_t bits : {uint16_t{1}, uint16_t{4}, uint16_t{8}}) {
+        EXPECT_EQ(TableOf(bits, 3, {}), none);
+        EXPECT_EQ(TiffError(), TIFF_TAG_MISSING);
     }
-    for (uint32_t i = 0; i < 16; i++)
-        expected.push_back((0x4080C0 & 0xFFFFFF) + i * 0x010101);
-    EXPECT_EQ(TableOf(4, 3, {ShortTag(320, map)}), expected);
+    EXPECT_TRUE(TableOf(8, 3, {ShortTag(277, {3})}).empty());
 
-    // Two colours: reds, greens, blues of two each.
+    // The high bytes count: 16 reds, 16 greens, 16 blues; or of a short map, two each.
+    std::vector<uint16_t> map;
+    for (uint32_t i = 0; i < 48; i++)
+        map.push_back(static_cast<uint16_t>((0x40 + i / 16 * 0x40 + i % 16) << 8 | 0x77));
+    const std::vector<uint32_t> mapped = TableOf(4, 3, {ShortTag(320, map)});
+    for (uint32_t i = 0; i < 16; i++)
+        EXPECT_EQ(mapped.at(i), 0x4080C0 + i * 0x010101);
     std::vector<uint32_t> two(16);
     two[0] = 0x113355;
     two[1] = 0x224466;
-    const std::vector<uint16_t> shortMap = {0x1100, 0x2200, 0x3300, 0x4400, 0x5500, 0x6600};
-    EXPECT_EQ(TableOf(4, 3, {ShortTag(320, shortMap)}), two);
-
+    EXPECT_EQ(TableOf(4, 3, {shortMap}), two);
     // A map of single bytes is half as long as its count says.
-    EXPECT_EQ(TableOf(8, 3, {{320, 1, 768, Bytes(768, 9)}})[200], 0x090000U);
-
-    for (const uint16_t bits : std::vector<uint16_t>{1, 4, 8}) {
-        EXPECT_EQ(TableOf(bits, 3, {}), (std::vector<uint32_t>{0xBADBAD}));
-        EXPECT_EQ(TiffError(), TIFF_TAG_MISSING);
-    }
+    EXPECT_EQ(TableOf(8, 3, {{320, 1, 768, Bytes(768, 9)}}).at(200), 0x090000U);
 }
 
 }  // namespace

@@ -45,25 +45,42 @@ class BitWriter {
     size_t count_ = 0;
 };
 
-template <size_t N>
-std::string_view CodeOf(const RunCode (&table)[N], int run) {
-    for (const RunCode& row : table) {
-        if (row.run == run) return row.bits;
-    }
-    return {};
+struct Code {
+    int32_t run;
+    std::string_view text;
+    uint32_t bits, length;
+    bool makeUp;
+};
+
+const std::vector<Code>& CodesOf(bool black) {
+    const auto make = [](const auto& terminating, const auto& makeUp) {
+        std::vector<Code> codes;
+        const auto append = [&](const auto& table, bool isMakeUp) {
+            for (const auto& [run, text] : table) {
+                const auto bits = std::stoul(std::string(text), nullptr, 2);
+                codes.push_back({run, text, static_cast<uint32_t>(bits),
+                                 static_cast<uint32_t>(text.size()), isMakeUp});
+            }
+        };
+        append(terminating, false);
+        append(makeUp, true);
+        append(kExtendedMakeUpCodes, true);
+        return codes;
+    };
+    static const auto whites = make(kWhiteTerminatingCodes, kWhiteMakeUpCodes);
+    static const auto blacks = make(kBlackTerminatingCodes, kBlackMakeUpCodes);
+    return black ? blacks : whites;
 }
 
 void PutRun(BitWriter& out, bool black, int32_t run) {
+    const auto put = [&](int32_t part, bool makeUp) {
+        for (const Code& code : CodesOf(black))
+            if (code.run == part && code.makeUp == makeUp) return out.Put(code.text);
+    };
     for (; run > 2560; run -= 2560)
-        out.Put(CodeOf(kExtendedMakeUpCodes, 2560));
-    if (run >= 1792) {
-        out.Put(CodeOf(kExtendedMakeUpCodes, run / 64 * 64));
-    } else if (run >= 64) {
-        out.Put(black ? CodeOf(kBlackMakeUpCodes, run / 64 * 64)
-                      : CodeOf(kWhiteMakeUpCodes, run / 64 * 64));
-    }
-    out.Put(black ? CodeOf(kBlackTerminatingCodes, run % 64)
-                  : CodeOf(kWhiteTerminatingCodes, run % 64));
+        put(2560, true);
+    if (run >= 64) put(run / 64 * 64, true);
+    put(run % 64, false);
 }
 
 // First pixel from `from` on that isn't of `color`, or the width.
@@ -117,40 +134,6 @@ void PutRow2D(BitWriter& out, const Bytes& row, const Bytes& above, int32_t widt
 struct Failure {
     uint32_t code;
 };
-
-struct Code {
-    int32_t run;
-    uint32_t bits;
-    uint32_t length;
-    bool makeUp;
-};
-
-template <size_t N>
-void Append(std::vector<Code>& codes, const RunCode (&table)[N], bool makeUp) {
-    for (const RunCode& row : table) {
-        codes.push_back({row.run,
-                         static_cast<uint32_t>(std::stoul(std::string(row.bits), nullptr, 2)),
-                         static_cast<uint32_t>(row.bits.size()), makeUp});
-    }
-}
-
-const std::vector<Code>& CodesOf(bool black) {
-    static const auto make = [](bool isBlack) {
-        std::vector<Code> codes;
-        if (isBlack) {
-            Append(codes, kBlackTerminatingCodes, false);
-            Append(codes, kBlackMakeUpCodes, true);
-        } else {
-            Append(codes, kWhiteTerminatingCodes, false);
-            Append(codes, kWhiteMakeUpCodes, true);
-        }
-        Append(codes, kExtendedMakeUpCodes, true);
-        return codes;
-    };
-    static const std::vector<Code> white = make(false);
-    static const std::vector<Code> blackCodes = make(true);
-    return black ? blackCodes : white;
-}
 
 // A window of eight bits, and the rest of the byte last read behind it.
 class WindowReader {
@@ -274,10 +257,10 @@ RunRead ReadRun(WindowReader& in, bool black) {
 // Changing elements as the rules speak of them.
 using List = std::vector<int32_t>;
 
-Bytes Paint(const List& list, size_t count, int32_t width) {
+Bytes Paint(const List& list, int32_t width) {
     Bytes row(static_cast<size_t>(width + 7) / 8);
     const auto pixels = static_cast<int32_t>(row.size() * 8);
-    for (size_t i = 0; i + 1 < count; i += 2) {
+    for (size_t i = 0; i + 1 < list.size(); i += 2) {
         const int32_t end = list[i + 1] < list[i] ? list[i] + 1 : list[i + 1];
         for (int32_t x = std::max(list[i], 0); x < std::min(end, pixels); ++x)
             SetPixel(row, x);
@@ -285,51 +268,27 @@ Bytes Paint(const List& list, size_t count, int32_t width) {
     return row;
 }
 
-class Decoder {
-  public:
-    Decoder(CompressionKey key, const Bytes& stream, int32_t width, int32_t height,
-            int32_t rowsPerStrip, const std::vector<uint32_t>& offsets)
-        : key_(key),
-          stream_(stream),
-          in_(stream),
-          width_(width),
-          height_(height),
-          rowsPerStrip_(offsets.empty() ? height : rowsPerStrip),
-          offsets_(offsets) {}
-
+struct Decoder {
     DecodedLines Run() {
         try {
             if (!offsets_.empty()) SeekStrip();
-            switch (key_) {
-                case TIFF_KEY_CCITT_1D:
-                case TIFF_KEY_CCITT_1D_BARE:
-                    Run1DNoEol();
-                    break;
-                case TIFF_KEY_GROUP3_1D:
-                case TIFF_KEY_GROUP3_1D_FILL:
-                    Run1DEol();
-                    break;
-                case TIFF_KEY_GROUP4:
-                    RunGroup4();
-                    break;
-                default:
-                    Run2DEol();
-                    break;
-            }
+            if (key_ == TIFF_KEY_CCITT_1D || key_ == TIFF_KEY_CCITT_1D_BARE) Run1DNoEol();
+            if (key_ == TIFF_KEY_GROUP3_1D || key_ == TIFF_KEY_GROUP3_1D_FILL) Run1DEol();
+            if (key_ == TIFF_KEY_GROUP4) RunGroup4();
+            Run2DEol();
         } catch (const Failure& failure) {
             result_.code = failure.code == TIFF_LINE_STOP ? 0 : failure.code;
         }
         return std::move(result_);
     }
 
-  private:
     void SeekStrip() {
         if (offsets_[strip_] > stream_.size()) throw Failure{TIFF_IO_ERROR};
         in_.Seek(offsets_[strip_]);
     }
     void Deliver() {
         stripEnded_ = false;
-        result_.lines.push_back(Paint(changes_, changes_.size(), width_));
+        result_.lines.push_back(Paint(changes_, width_));
         const auto lines = static_cast<int32_t>(result_.lines.size());
         if (lines >= height_) throw Failure{TIFF_LINE_STOP};
         if (lines % rowsPerStrip_ != 0) return;
@@ -440,10 +399,15 @@ class Decoder {
             }
         } while (a0 < width_);
     }
+    void BeginStripIfDue() {
+        if (!stripEnded_) return;
+        changes_.clear();
+        passed_ = -1;
+        stripEnded_ = false;
+    }
     void RunGroup4() {
         for (;;) {
-            if (stripEnded_) changes_.clear();
-            if (stripEnded_) passed_ = -1;
+            BeginStripIfDue();
             Row2D(true);
             Deliver();
         }
@@ -452,11 +416,7 @@ class Decoder {
         bool oneDimensional = true;
         bool seen = false;
         for (;;) {
-            if (stripEnded_) {
-                changes_.clear();
-                passed_ = -1;
-                stripEnded_ = false;
-            }
+            BeginStripIfDue();
             if (oneDimensional) {
                 passed_ = -1;
                 seen = RowOfRuns(false) || seen;
@@ -473,17 +433,15 @@ class Decoder {
 
     CompressionKey key_;
     const Bytes& stream_;
-    WindowReader in_;
-    int32_t width_;
-    int32_t height_;
-    int32_t rowsPerStrip_;
-    std::vector<uint32_t> offsets_;
+    int32_t width_, height_, rowsPerStrip_;
+    const std::vector<uint32_t>& offsets_;
+    WindowReader in_{stream_};
     size_t strip_ = 0;
     bool stripEnded_ = false;
-    List changes_;
-    List reference_;
+    List changes_{};
+    List reference_{};
     int32_t passed_ = -1;  // position of a pass that ended a line, or -1
-    DecodedLines result_;
+    DecodedLines result_{};
 };
 
 }  // namespace
@@ -511,13 +469,9 @@ Picture RandomPicture(uint32_t seed, int32_t width, int32_t height, double meanR
                 changes.erase(at, at + 2);
             }
         }
-        Bytes row(static_cast<size_t>(width + 7) / 8);
-        for (size_t i = 0; i + 1 < changes.size(); i += 2) {
-            for (int32_t x = std::max(changes[i], 0); x < std::min(changes[i + 1], width); ++x) {
-                SetPixel(row, x);
-            }
-        }
-        picture.rows.push_back(std::move(row));
+        for (int32_t& change : changes)
+            change = std::clamp(change, 0, width);
+        picture.rows.push_back(Paint(changes, width));
     }
     return picture;
 }
@@ -554,7 +508,9 @@ Bytes EncodeReference(CompressionKey key, const Picture& picture, int32_t k) {
 
 DecodedLines DecodeReference(CompressionKey key, const Bytes& stream, int32_t width, int32_t height,
                              int32_t rowsPerStrip, const std::vector<uint32_t>& stripOffsets) {
-    return Decoder(key, stream, width, height, rowsPerStrip, stripOffsets).Run();
+    Decoder decoder{
+        key, stream, width, height, stripOffsets.empty() ? height : rowsPerStrip, stripOffsets};
+    return decoder.Run();
 }
 
 }  // namespace vellim::test

@@ -14,8 +14,7 @@ using Bytes = std::vector<uint8_t>;
 
 // One directory entry. `value` holds `count` elements of `type` in host (little-endian) order.
 struct TagSpec {
-    uint16_t tag;
-    uint16_t type;
+    uint16_t tag, type;
     uint32_t count;
     Bytes value;
 };
@@ -25,15 +24,14 @@ TagSpec LongTag(uint16_t tag, std::vector<uint32_t> values);
 TagSpec RationalTag(uint16_t tag, uint32_t numerator, uint32_t denominator);
 TagSpec AsciiTag(uint16_t tag, std::string_view text);  // the terminator is added
 
-// One image: its tags, and its strips as stored. StripOffsets (LONG) and StripByteCounts (LONG) are
-// added by the builder unless there are no strips; entries are sorted by tag.
+// One image: its tags, and its strips as stored. StripOffsets and StripByteCounts (LONG) are added
+// unless there are no strips or the tags have them; entries are sorted by tag.
 struct ImageSpec {
     std::vector<TagSpec> tags;
     std::vector<Bytes> strips;
 };
 
-// The tags that every image has: size, bits (`samples` x `bits`), compression, photometric,
-// RowsPerStrip (0: left out).
+// The tags that every image has. RowsPerStrip 0 is left out.
 ImageSpec SimpleImage(uint32_t width, uint32_t height, uint16_t bits, uint16_t samples,
                       uint16_t compression, uint16_t photometric, uint32_t rowsPerStrip,
                       std::vector<Bytes> strips);
@@ -41,11 +39,9 @@ ImageSpec SimpleImage(uint32_t width, uint32_t height, uint16_t bits, uint16_t s
 // The file: header; then per image strips, values, directory.
 Bytes BuildTiff(const std::vector<ImageSpec>& images, bool bigEndian = false);
 
-// `bytes` in a movable block, which the caller frees.
+// `bytes` in a movable block, which the caller frees; `bytes` as a file, by its path, in a folder
+// that goes away with the process.
 GlobalHandle BlockOf(const Bytes& bytes);
-
-// `bytes` as a file in the test's own temporary folder; gives its path. The folder goes away with
-// the process.
 std::string FileOf(const Bytes& bytes, std::string_view name);
 
 }  // namespace vellim::test
