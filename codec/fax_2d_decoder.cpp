@@ -33,36 +33,60 @@ void EndLine(const FaxRow& row, ChangeLists& lists) {
     lists.MakeReference(row.count, row.width, row.endsWithPass ? row.a0 : row.width);
 }
 
+// Two runs of a line of one-dimensional coding in one step, where a white one is due.
+bool TakePairOfRuns(FaxRow& row, const ChangeLists& lists, BitReader& reader) {
+    const bool whiteIsDue = row.count % 2 == 0;
+    if (!whiteIsDue || row.count + 2 > lists.Capacity() || !reader.TopUp(kQuickRunBits))
+        return false;
+    const RunPair pair = LookUpRunPair(reader.Window(), RunColor::White);
+    const int32_t between = row.a0 + pair.first;
+    if (pair.bits == 0 || between >= row.width) return false;
+    reader.Consume(pair.bits);
+    row.a0 = between + pair.second;
+    lists.Current()[row.count] = between;
+    lists.Current()[row.count + 1] = row.a0;
+    row.count += 2;
+    return true;
+}
+
+uint32_t ReadRun(BitReader& reader, RunColor color, Run& run) {
+    const BitReader atRun = reader;
+    if (reader.TopUp(kQuickRunBits) && ReadRunQuickly(reader, color, run)) return 0;
+    reader = atRun;
+    return ReadRunCarefully(reader, color, run);
+}
+
 // One line of one-dimensional coding, as a list that the next line can be read against. An
 // end-of-line code closes the line, but stays in the reader.
 uint32_t DecodeRowOfRuns(FaxRow& row, const ChangeLists& lists, BitReader& reader, bool& hasRuns) {
-    int32_t* const changes = lists.Current();
     do {
-        if (row.count + 1 > lists.Capacity()) return TIFF_BAD_CODE;
-        const auto color = static_cast<RunColor>(row.count & 1U);
-        const BitReader atRun = reader;
-        Run run;
-        if (!reader.TopUp(kQuickRunBits) || !ReadRunQuickly(reader, color, run)) {
-            reader = atRun;
-            if (const uint32_t failure = ReadRunCarefully(reader, color, run); failure != 0) {
-                return failure;
-            }
+        if (TakePairOfRuns(row, lists, reader)) {
+            hasRuns = true;
+            continue;
         }
+        if (row.count + 1 > lists.Capacity()) return TIFF_BAD_CODE;
+        Run run;
+        const auto color = static_cast<RunColor>(row.count & 1U);
+        if (const uint32_t failure = ReadRun(reader, color, run); failure != 0) return failure;
         if (run.closedBy == RunKind::ZeroByte) {
             row.a0 = row.width;
         } else {
             row.a0 += run.length;
             hasRuns = true;
         }
-        changes[row.count++] = row.a0;
+        lists.Current()[row.count++] = row.a0;
     } while (row.a0 < row.width);
     return 0;
 }
 
 // The end-of-line code and the tag bit behind it: 1 when the next line is one-dimensional.
 uint32_t ReadEndOfLine(BitReader& reader, LookAhead& lookAhead, bool& oneDimensional) {
-    if (reader.HasRoom()) reader.Refill();
-    if (const uint32_t failure = SkipThroughFirstOne(reader); failure != 0) return failure;
+    constexpr uint32_t kEndOfLineBits = 12;
+    if (reader.TopUp(kEndOfLineBits + 1) && reader.Peek(kEndOfLineBits) == 1) {
+        reader.Consume(kEndOfLineBits);
+    } else if (const uint32_t failure = SkipThroughFirstOne(reader); failure != 0) {
+        return failure;
+    }
     if (const uint32_t failure = reader.Ensure(1); failure != 0) return failure;
     oneDimensional = reader.Peek(1) != 0;
     reader.Consume(1);

@@ -1,6 +1,5 @@
 #include "codec/fax_2d_row.h"
 
-#include <algorithm>
 #include <bit>
 
 #include "codec/fax_modes.h"
@@ -146,12 +145,13 @@ struct Walk {
     [[nodiscard]] int32_t BeforeB1() const { return reference[int64_t{b1} - 2]; }
 };
 
-// What quick reading wants in hand: for vertical modes a chain of them, and eight bits behind for
-// CatchUp to look at; for a horizontal mode its code and the pair of its runs.
-constexpr uint32_t kQuickModeBits = std::max<uint32_t>(kChainBits + 8, 3 + kPairBits);
+// What quick reading wants in hand: a chain of vertical modes, and the eight bits that careful
+// reading may bring in behind any of them. The runs of a horizontal mode see to their own.
+constexpr uint32_t kQuickModeBits = kChainBits + 8;
 
 // Both runs of a horizontal mode, whose code has been used up. False when the room ends in them.
 inline bool ReadTwoRunsQuickly(BitReader& reader, RunColor color, Run& first, Run& second) {
+    if (!reader.TopUp(kQuickRunBits)) return false;
     const RunPair pair = LookUpRunPair(reader.Window(), color);
     if (pair.bits != 0) {
         reader.Consume(pair.bits);
@@ -160,8 +160,8 @@ inline bool ReadTwoRunsQuickly(BitReader& reader, RunColor color, Run& first, Ru
         second.codeBits = pair.secondBits;
         return true;
     }
-    return reader.TopUp(kQuickRunBits) && ReadRunQuickly(reader, color, first) &&
-           reader.TopUp(kQuickRunBits) && ReadRunQuickly(reader, OtherColor(color), second);
+    return ReadRunQuickly(reader, color, first) && reader.TopUp(kQuickRunBits) &&
+           ReadRunQuickly(reader, OtherColor(color), second);
 }
 
 // A horizontal mode. False, with nothing taken, when the room ends in it.

@@ -20,25 +20,23 @@ struct Run {
 // code itself takes fewer. 0, or the failure of FillCodeBuffer.
 uint32_t ReadRunCarefully(BitReader& reader, RunColor color, Run& run);
 
-// The same where the code buffer has room. Needs kQuickRunBits bits in the window: two codes fit,
-// and longer chains of make-up codes top it up. False, with the reader somewhere in the run, when
-// the room ends in it: the caller goes back to the run's start and reads it carefully.
-inline constexpr uint32_t kQuickRunBits = 2 * kBlackLookupBits;
+// The same where the code buffer has room. Needs kQuickRunBits bits in the window: a lookup, and
+// what a second one behind its code wants in hand; longer chains of make-up codes top it up. False,
+// with the reader somewhere in the run, when the room ends in it: the caller goes back to the run's
+// start and reads it carefully.
+inline constexpr uint32_t kRunLookAhead = 16;
+inline constexpr uint32_t kQuickRunBits = kBlackLookupBits + kRunLookAhead;
 
 inline bool ReadRunQuickly(BitReader& reader, RunColor color, Run& run) {
     RunEntry entry = LookUpRun(reader.Window(), color);
     reader.Consume(entry.length);
     run.length = entry.run;
-    while (entry.kind == RunKind::MakeUp)
-        [[unlikely]] {
-            if (reader.Count() < kBlackLookupBits) [[unlikely]] {
-                if (!reader.HasRoom()) return false;
-                reader.Refill();
-            }
-            entry = LookUpRun(reader.Window(), color);
-            reader.Consume(entry.length);
-            run.length += entry.run;
-        }
+    while (entry.kind == RunKind::MakeUp) {
+        if (!reader.TopUp(kRunLookAhead)) return false;
+        entry = LookUpRun(reader.Window(), color);
+        reader.Consume(entry.length);
+        run.length += entry.run;
+    }
     run.closedBy = entry.kind;
     run.codeBits = entry.length;
     return true;
