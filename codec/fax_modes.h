@@ -10,7 +10,7 @@ enum class ModeKind : uint8_t { Vertical, Pass, Horizontal, Other };
 
 struct ModeCode {
     ModeKind kind;
-    int8_t offset;  // of a vertical mode: a1 right of b1
+    int32_t offset;  // of a vertical mode: a1 right of b1
     std::string_view bits;
 };
 

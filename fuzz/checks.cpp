@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
 #include "platform/memory_blocks.h"
 #include "vellim/failures.h"
@@ -19,14 +18,6 @@ BlockBalance::BlockBalance() : before_(LiveGlobalBlocks()) {}
 
 BlockBalance::~BlockBalance() {
     Require(LiveGlobalBlocks() == before_, "every block is freed that was taken");
-}
-
-OwnedBlock BlockOf(std::span<const uint8_t> bytes) {
-    OwnedBlock block(GlobalAlloc(GHND, static_cast<uint32_t>(bytes.size())));
-    const LockedBlock locked(block.Get());
-    Require(static_cast<bool>(locked), "a block for the input");
-    if (!bytes.empty()) std::memcpy(locked.As<uint8_t>(), bytes.data(), bytes.size());
-    return block;
 }
 
 void RequireTold(int32_t result, int32_t code) {

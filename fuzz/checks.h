@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 
 #include "platform/guards.h"
 
@@ -22,9 +21,6 @@ class BlockBalance {
   private:
     uint32_t before_;
 };
-
-// `bytes` as a block.
-OwnedBlock BlockOf(std::span<const uint8_t> bytes);
 
 // A call that gives 1 or 0 leaves a failure code behind when it gives 0.
 void RequireTold(int32_t result, int32_t code);

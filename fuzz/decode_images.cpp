@@ -5,6 +5,7 @@
 
 #include "fuzz/checks.h"
 #include "fuzz/lines.h"
+#include "support/tiff_builder.h"
 #include "vellim/vellim.h"
 
 namespace vellim::fuzz {
@@ -25,25 +26,20 @@ Outcome DecodePart(TiffFileHandle file, int32_t image, uint32_t firstStrip, uint
     });
 }
 
-int32_t CompressionOf(TiffFileHandle file, int32_t image) {
-    std::array<int32_t, 2> compression{};
-    GetTiffImageInfo(file, image, TIFF_TAG_COMPRESSION, compression.data());
-    return compression[0];
-}
-
 void DecodeImage(TiffFileHandle file, int32_t image) {
     TiffDimensions dimensions{};
     Expected whole = {0, 0, -1};
-    const int32_t compression = CompressionOf(file, image);
+    std::array<int32_t, 2> compression{};
+    GetTiffImageInfo(file, image, TIFF_TAG_COMPRESSION, compression.data());
     // With JPEG the module is in charge of lines and strips.
     const bool known = GetTiffDimensions(file, image, &dimensions) == 0 && dimensions.biWidth > 0 &&
-                       dimensions.biHeight > 0 && compression != kJpeg;
+                       dimensions.biHeight > 0 && compression[0] != kJpeg;
     if (known) {
         const int64_t bits = int64_t{dimensions.biWidth} * dimensions.biBitCount;
         whole = {static_cast<uint32_t>((bits + 7) / 8), 0, dimensions.biHeight};
     }
     const Outcome plain = DecodePart(file, image, 0, 0, whole, Hands::Off);
-    const Hands hands = compression == kLzw ? Hands::Off : Hands::Scribbling;
+    const Hands hands = compression[0] == kLzw ? Hands::Off : Hands::Scribbling;
     const Outcome again = DecodePart(file, image, 0, 0, whole, hands);
     Require(plain == again, "two runs are alike");
     if (!known) return;
@@ -62,7 +58,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace vellim::fuzz;
     SetTiffSizeLimits(kMaxLinePixels, kMaxPictureLines);
     const BlockBalance balance;
-    const vellim::OwnedBlock block = BlockOf({data, size});
+    const vellim::OwnedBlock block(vellim::test::BlockOf({data, data + size}));
     const TiffFileHandle file = OpenTiffInMemory(block.Get(), static_cast<int32_t>(size), T_READ);
     const int32_t count = std::min(NumberOfTiffImages(file, TIFF_ALL_IMAGES), kMaxImages);
     for (int32_t image = 0; image < count; ++image)

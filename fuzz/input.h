@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <vector>
 
 namespace vellim::fuzz {
 
@@ -25,7 +26,7 @@ class Input {
     // A size: mostly sensible, now and then negative.
     int32_t SignedWord() { return static_cast<int16_t>(Word()); }
 
-    [[nodiscard]] std::span<const uint8_t> Rest() const { return rest_; }
+    [[nodiscard]] std::vector<uint8_t> Rest() const { return {rest_.begin(), rest_.end()}; }
 
   private:
     std::span<const uint8_t> rest_;

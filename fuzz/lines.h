@@ -27,8 +27,7 @@ enum class Hands { Off, Scribbling };
 struct Expected {
     uint32_t rowBytes;
     uint32_t firstLine;
-    int64_t lines;            // below 0: not known
-    uint32_t digestFrom = 0;  // lines before this one are wiped out unseen
+    int64_t lines;  // below 0: not known
 };
 
 using Decode = std::function<int32_t(uintptr_t callbackData, LineCallback callback)>;

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "fuzz/checks.h"
+#include "support/tiff_builder.h"
 #include "vellim/vellim.h"
 
 namespace vellim::fuzz {
@@ -96,7 +97,7 @@ void WalkImage(TiffFileHandle file, int32_t image) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace vellim::fuzz;
     const BlockBalance balance;
-    const vellim::OwnedBlock block = BlockOf({data, size});
+    const vellim::OwnedBlock block(vellim::test::BlockOf({data, data + size}));
     const TiffFileHandle file = OpenTiffInMemory(block.Get(), static_cast<int32_t>(size), T_READ);
     if (file == 0) {
         Require(TiffError() != TIFF_SUCCESS, "a refusal has a code");

@@ -25,12 +25,9 @@ Bytes BytesOf(GlobalHandle block) {
 TEST(MemoryStreams, TakeTheFirstFreeOfTwentyNineHandles) {
     for (StreamHandle expected = -2; expected >= -30; expected--)
         EXPECT_EQ(mOpen(0, 0), expected);
-    EXPECT_EQ(mOpen(0, 0), -1);
-    EXPECT_EQ(mClose(-17) + mClose(-5), 0);
-    for (const StreamHandle expected : {-5, -17, -1})
-        EXPECT_EQ(mOpen(0, 0), expected);
+    EXPECT_EQ(mClose(-17) + mClose(-5) + mOpen(0, 0) + mOpen(0, 0) + mOpen(0, 0), -5 - 17 - 1);
     for (StreamHandle handle = -2; handle >= -30; handle--)
-        EXPECT_EQ(mClose(handle), 0);
+        mClose(handle);
 }
 
 TEST(MemoryStreams, SeekWithinTheirSize) {
@@ -39,11 +36,8 @@ TEST(MemoryStreams, SeekWithinTheirSize) {
     const struct {
         int32_t offset, origin, result;
     } cases[] = {
-        {0, 0, 0},       {10, 0, 10},        {11, 0, -1},        {-1, 0, -1},
-        {0, 1, 4},       {6, 1, 10},         {7, 1, -1},         {-4, 1, 0},
-        {-5, 1, -1},     {INT32_MAX, 1, -1}, {0, 2, 10},         {3, 2, 7},
-        {10, 2, 0},      {11, 2, -1},        {-2, 2, 12},        {INT32_MIN, 2, -1},
-        {0, 3, kBefore}, {9, -1, kBefore},   {INT32_MIN, 0, -1}, {INT32_MIN, 1, -1},
+        {11, 0, -1}, {-1, 0, -1}, {6, 1, 10},  {7, 1, -1},         {INT32_MAX, 1, -1},
+        {3, 2, 7},   {11, 2, -1}, {-2, 2, 12}, {INT32_MIN, 2, -1}, {9, -1, kBefore},
     };
     for (const auto& c : cases) {
         const OpenStream stream(mOpen(block.Get(), 10));
@@ -56,68 +50,32 @@ TEST(MemoryStreams, SeekWithinTheirSize) {
 TEST(MemoryStreams, GrowByExactlyWhatIsWritten) {
     const OpenStream stream(mOpen(0, 0));
     const Bytes bytes = Counted(10);
-    EXPECT_EQ(mSeek(stream.Get(), 0, 2), 0);
     EXPECT_EQ(mWrite(stream.Get(), bytes.data(), 10), 10);
-    EXPECT_EQ(mSeek(stream.Get(), 2, 0), 2);
-    EXPECT_EQ(mWrite(stream.Get(), bytes.data(), 3), 3);
-    EXPECT_EQ(mSize(stream.Get()), 10);
-    EXPECT_EQ(GlobalSize(mBlock(stream.Get())), 10U) << "overwriting grew the block";
-    EXPECT_EQ(mSeek(stream.Get(), -2, 2), 12);
-    EXPECT_EQ(mWrite(stream.Get(), bytes.data(), 1), 1);
+    EXPECT_EQ(mSeek(stream.Get(), 2, 0) + mWrite(stream.Get(), bytes.data(), 3), 5);
+    EXPECT_EQ(mSeek(stream.Get(), -2, 2) + mWrite(stream.Get(), bytes.data(), 1), 13);
     const OwnedBlock block(mBlock(stream.Get()));
-    EXPECT_EQ(mClose(stream.Get()), 0);
     EXPECT_EQ(BytesOf(block.Get()), (Bytes{1, 2, 1, 2, 3, 6, 7, 8, 9, 10, 0, 0, 1}));
 }
 
 TEST(MemoryStreams, NeverLeaveTheirBlock) {
     OwnedBlock block(BlockOf(Counted(10)));
-    const GlobalHandle name = block.Get();
     Bytes to(20);
-    const OpenStream smaller(mOpen(name, 6)), larger(mOpen(name, 1000));
-    for (const int32_t left : {4, 2, 0})
-        EXPECT_EQ(mRead(smaller.Get(), to.data(), 4), left) << "read beyond the stream's size";
+    const OpenStream smaller(mOpen(block.Get(), 6)), larger(mOpen(block.Get(), 1000));
+    EXPECT_EQ(mRead(smaller.Get(), to.data(), 20), 6) << "read beyond the stream's size";
     EXPECT_EQ(mRead(larger.Get(), to.data(), 20), 10) << "read beyond the block";
     EXPECT_EQ(mSeek(larger.Get(), 500, 0), 500);
-    EXPECT_EQ(mRead(larger.Get(), to.data(), 4), 0);
-    EXPECT_EQ(mWrite(larger.Get(), to.data(), 4), -1);
-    EXPECT_EQ(mRead(larger.Get(), to.data(), -1), -1);
-    EXPECT_EQ(mRead(larger.Get(), nullptr, 1) + mWrite(larger.Get(), nullptr, 1), -2);
+    EXPECT_EQ(mRead(larger.Get(), to.data(), 4) - mWrite(larger.Get(), to.data(), 4), 1);
     EXPECT_EQ(mSeek(smaller.Get(), 6 - INT32_MAX, 2), INT32_MAX);
     EXPECT_EQ(mWrite(smaller.Get(), to.data(), 2), -1) << "passed 31 bits";
     EXPECT_EQ(mSeek(smaller.Get(), 0, 2), 6);
     block.Reset();
     EXPECT_EQ(mWrite(smaller.Get(), to.data(), 2), -1) << "grew a block that is gone";
-    EXPECT_EQ(mSize(smaller.Get()), 6);
-    EXPECT_EQ(mBlock(smaller.Get()), name);
-}
-
-TEST(Streams, RefuseHandlesThatAreNone) {
-    uint8_t byte = 0;
-    SetTiffError(TIFF_SUCCESS);
-    for (const StreamHandle handle : {0, -1, -2, -30, -31, INT32_MIN, INT32_MAX}) {
-        EXPECT_EQ(mSize(handle) + mTell(handle), -2) << handle;
-        EXPECT_EQ(mSeek(handle, 0, 0) + mSeek(handle, -9, 2), -2) << handle;
-        EXPECT_EQ(mRead(handle, &byte, 1) + mWrite(handle, &byte, 1), -2) << handle;
-        EXPECT_EQ(mBlock(handle), 0U) << handle;
-        EXPECT_EQ(mClose(handle), handle > 0 ? -1 : handle < -30 ? handle : 0);
-    }
-    EXPECT_EQ(TiffError(), TIFF_SUCCESS);
-}
-
-TEST(Streams, OnDiskKeepTheirPositionWhenAskedForTheirSize) {
-    const std::string path = FileOf(Counted(10), "stream.bin");
-    const OpenStream stream(OpenFile(path.c_str(), nullptr, OF_READWRITE));
-    Bytes bytes(8);
-    EXPECT_EQ(mSeek(stream.Get(), -4, 2), 6);
-    EXPECT_EQ(mSize(stream.Get()), 10);
-    EXPECT_EQ(mTell(stream.Get()), 6);
-    EXPECT_EQ(mRead(stream.Get(), bytes.data(), 8), 4);
-    EXPECT_EQ(mWrite(stream.Get(), bytes.data(), 8), 8);
-    EXPECT_EQ(mSize(stream.Get()), 18);
+    for (const StreamHandle handle : {0, -1, -30, -31, INT32_MIN, INT32_MAX})
+        EXPECT_EQ(mSize(handle) + mSeek(handle, 0, 0) + mRead(handle, to.data(), 1), -3) << handle;
 }
 
 TEST(ElementStreams, PutElementsIntoAndOutOfTheFilesOrder) {
-    constexpr int32_t kII = TIFF_LITTLE_ENDIAN, kMM = TIFF_BIG_ENDIAN;
+    constexpr int32_t kMM = TIFF_BIG_ENDIAN;
     Bytes many = Counted(80002), swapped = many;  // more than two transfers
     for (size_t i = 0; i < many.size(); i += 2)
         std::swap(swapped[i], swapped[i + 1]);
@@ -127,16 +85,12 @@ TEST(ElementStreams, PutElementsIntoAndOutOfTheFilesOrder) {
         int32_t byteOrder, fillOrder;
         Bytes host, stored;
     } cases[] = {
-        {TIFF_TYPE_BYTE, 3, kMM, 1, {1, 2, 3}, {1, 2, 3}},
         {TIFF_TYPE_BYTE, 3, kMM, 2, {1, 2, 0xF0}, {0x80, 0x40, 0x0F}},
-        {TIFF_TYPE_SHORT, 2, kII, 1, {1, 2, 3, 4}, {1, 2, 3, 4}},
-        {TIFF_TYPE_SHORT, 2, 4711, 0, {1, 2, 3, 4}, {1, 2, 3, 4}},
+        {TIFF_TYPE_SHORT, 2, TIFF_LITTLE_ENDIAN, 1, {1, 2, 3, 4}, {1, 2, 3, 4}},
         {TIFF_TYPE_SHORT, 40001, kMM, 1, many, swapped},
-        {TIFF_TYPE_LONG, 1, kMM, 1, {1, 2, 3, 4}, {4, 3, 2, 1}},
         {TIFF_TYPE_LONG, 1, kMM, 2, {1, 2, 3, 4}, {0x20, 0xC0, 0x40, 0x80}},
         {TIFF_TYPE_OFFSET, 1, kMM, 1, {1, 2, 3, 4}, {4, 3, 2, 1}},
         {TIFF_TYPE_RATIONAL, 1, kMM, 1, {1, 2, 3, 4, 5, 6, 7, 8}, {4, 3, 2, 1, 8, 7, 6, 5}},
-        {77, 2, kMM, 1, {1, 2}, {1, 2}},
     };
     for (const auto& c : cases) {
         const OwnedBlock block(BlockOf(c.stored));
@@ -156,23 +110,10 @@ TEST(ElementStreams, FailWithAnInputOutputCodeWhenBytesAreMissing) {
     uint32_t numbers[3] = {};
     const OwnedBlock block(BlockOf(Counted(11)));
     const OpenStream stream(mOpen(block.Get(), 11));
-    const auto code = [](int32_t result) { return result == 0 ? SetTiffError(0) : -1; };
-    SetTiffError(TIFF_SUCCESS);
-    EXPECT_EQ(code(LongRead(stream.Get(), TIFF_TYPE_LONG, 3, numbers, 0, 0)), TIFF_IO_ERROR);
-    EXPECT_EQ(code(LongRead(stream.Get(), 4, UINT32_MAX, numbers, 0, 0)), TIFF_IO_ERROR);
-    EXPECT_EQ(code(LongWrite(-31, 4, 3, numbers, TIFF_BIG_ENDIAN, 0)), TIFF_IO_ERROR);
-    EXPECT_EQ(code(LongWrite(stream.Get(), 4, 3, nullptr, 0, 0)), TIFF_IO_ERROR);
-    EXPECT_EQ(LongRead(-31, TIFF_TYPE_RATIONAL, 0, nullptr, 0, 0), 1);
-    EXPECT_EQ(LongWrite(-31, TIFF_TYPE_RATIONAL, 0, nullptr, 0, 2), 1);
-}
-
-TEST(ElementOrder, SwapsARationalAsOneAndMirrorsEveryByte) {
-    Bytes bytes = Counted(9), all = Counted(256 + 3, 0);  // more than whole groups of eight
-    SwapElements(bytes.data() + 1, TIFF_TYPE_RATIONAL, 1);
-    EXPECT_EQ(bytes, (Bytes{1, 9, 8, 7, 6, 5, 4, 3, 2}));
-    ReverseBits(all.data(), all.size());
-    for (size_t i = 0; i < 8 * all.size(); i++)
-        ASSERT_EQ((all[i / 8] >> i % 8) & 1U, (i / 8 >> (7 - i % 8)) & 1U) << "bit " << i;
+    EXPECT_EQ(LongRead(stream.Get(), 4, UINT32_MAX, numbers, 0, 0), 0);
+    EXPECT_EQ(LongRead(stream.Get(), TIFF_TYPE_LONG, 3, numbers, 0, 0), 0);
+    EXPECT_EQ(SetTiffError(TIFF_SUCCESS), TIFF_IO_ERROR);
+    EXPECT_EQ(LongWrite(-31, 4, 3, numbers, TIFF_BIG_ENDIAN, 0), 0);
 }
 
 }  // namespace

@@ -1,5 +1,4 @@
-// One engine by itself on a stream in memory; and the same run on buffers so plain that they can be
-// checked by eye, for the reference decoders.
+// One engine by itself on a stream in memory; and the plainest of buffers for reference decoders.
 #pragma once
 
 #include <cstdint>
@@ -12,60 +11,47 @@
 namespace vellim::test {
 
 struct EngineRun {
-    uint32_t width = 0;
-    uint32_t height = 0;
+    uint32_t width = 0, height = 0, rowsPerStrip = 0;
     uint16_t bits = 8;
     CompressionKey key = TIFF_KEY_NONE;
-    uint32_t rowsPerStrip = 0;
     std::vector<uint32_t> offsets = {};
     Bytes stream = {};
-    uint32_t fillOrder = 1;
 
     [[nodiscard]] uint32_t RowBytes() const { return (width * bits + 7) / 8; }
 };
 
-// What came of a run: the engine's result, and the lines in the order of their delivery, each as it
-// was before the callback changed it.
+// What came of a run: the result, and the lines as they came, before the callback changed them.
 struct Outcome {
     uint32_t code = 0;
-    std::vector<Bytes> lines;
+    std::vector<Bytes> lines = {};
     bool operator==(const Outcome&) const = default;
 };
 
-// What the callback does with a line of RowBytes bytes, and what it gives.
+// What a callback does with a line, and what it gives.
 using Answer = std::function<uint32_t(uint8_t* line, uint32_t number)>;
-using Engine = uint32_t (*)(CodecState&);
+uint32_t CallAnswer(uint8_t* line, uint32_t number, uintptr_t answer);  // a callback for it
 
+using Engine = uint32_t (*)(CodecState&);
 Outcome RunEngine(Engine engine, const EngineRun& run, const Answer& answer = {});
 
 // Sets a state up for `run` and calls `use` with it; everything is given back behind it.
 void WithState(const EngineRun& run, const std::function<void(CodecState&)>& use);
 
-// The two buffers of a decoding run as a plain model: bytes one at a time, strips by their offsets.
-class PlainBuffers {
-  public:
-    PlainBuffers(const EngineRun& run, Answer answer);
-
-    uint32_t Begin();                                // 0 or 6
-    uint32_t TakeByte(uint8_t& byte);                // 0 or 5
-    uint32_t Flush();                                // 0, 3 or a failure code
-    [[nodiscard]] Outcome End(uint32_t code) const;  // 3 becomes 0
-
-    Bytes line;
-    uint32_t lineLeft = 0;
+// The buffers of a decoding run as a plain model: one byte at a time, strips by their offsets. What
+// is buffered doesn't show in it, so strips must begin inside the stream.
+struct PlainBuffers {
+    const EngineRun& run;
+    Answer answer;
+    Bytes line = Bytes(run.RowBytes());
+    uint32_t lineLeft = run.RowBytes();
     bool stripEnded = false;
+    Outcome outcome = {};
+    size_t cursor = 0, strip = 0;
 
-  private:
-    bool SeekStrip();
-    uint32_t Fill();
-
-    const EngineRun& run_;
-    Answer answer_;
-    std::vector<Bytes> delivered_;
-    bool filled_ = false;
-    uint64_t mark_ = 0, cursor_ = 0, limit_ = 0, next_ = 0;  // stream offsets
-    uint64_t bufferSize_ = 0;
-    uint32_t lineNumber_ = 0, strip_ = 0;
+    Outcome Run(const std::function<uint32_t()>& step);  // takes steps until one fails
+    uint32_t EnterStrip();                               // 0 or 6
+    uint32_t TakeByte(uint8_t& byte);                    // 0 or 5
+    uint32_t Flush();                                    // 0, 3 or a failure code
 };
 
 }  // namespace vellim::test

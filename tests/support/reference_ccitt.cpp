@@ -1,10 +1,12 @@
 #include "support/reference_ccitt.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <random>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "codec/fax_codes.h"
 #include "vellim/failures.h"
@@ -23,8 +25,7 @@ void SetPixel(Bytes& row, int32_t x) {
 
 // ---- Encoding. ----
 
-class BitWriter {
-  public:
+struct BitWriter {
     void Put(std::string_view bits) {
         for (const char bit : bits) {
             if (count_ % 8 == 0) bytes_.push_back(0);
@@ -40,7 +41,6 @@ class BitWriter {
     }
     Bytes Take() { return std::move(bytes_); }
 
-  private:
     Bytes bytes_;
     size_t count_ = 0;
 };
@@ -136,14 +136,10 @@ struct Failure {
 };
 
 // A window of eight bits, and the rest of the byte last read behind it.
-class WindowReader {
-  public:
-    explicit WindowReader(const Bytes& stream) : stream_(stream) {}
-
+struct WindowReader {
     void Seek(size_t offset) {
         next_ = offset;
-        valid_ = lastBits_ = 0;
-        window_ = 0;
+        valid_ = lastBits_ = window_ = 0;
     }
     void TopUp() {
         while (valid_ < 8) {
@@ -157,10 +153,7 @@ class WindowReader {
     }
     [[nodiscard]] int Window() const { return window_; }
     [[nodiscard]] int LeadingZeros() const {
-        int zeros = 0;
-        while (zeros < 8 && (window_ & 0x80 >> zeros) == 0)
-            ++zeros;
-        return zeros;
+        return std::countl_zero(static_cast<uint8_t>(window_));
     }
     // Up to and with the first 1 bit.
     void SkipThroughOne() {
@@ -168,11 +161,8 @@ class WindowReader {
         }
     }
     bool TakeBit() {
-        if (valid_ == 0) {
-            if (lastBits_ == 0) TakeByte();
-            while (lastBits_ != 0)
-                MoveBit();
-        }
+        if (valid_ == 0 && lastBits_ == 0) TakeByte();
+        if (valid_ == 0) MoveHeldBits();
         const bool bit = (window_ & 0x80) != 0;
         Drop(1);
         return bit;
@@ -183,24 +173,24 @@ class WindowReader {
         if (ahead >= 8) {
             const int back = ahead / 8 * 8;
             lastBits_ = ahead % 8;
-            valid_ = 0;
-            window_ = 0;
+            valid_ = window_ = 0;
             next_ -= static_cast<size_t>(back / 8);
             last_ = stream_[next_ - 1];
         }
-        while (lastBits_ != 0 && valid_ < 8)
-            MoveBit();
+        MoveHeldBits();
     }
     void AlignToByte() {
         const size_t whole = static_cast<size_t>(valid_ + lastBits_) / 8;
         Seek(next_ - whole);
     }
-
-  private:
     void TakeByte() {
         if (next_ >= stream_.size()) throw Failure{TIFF_UNEXPECTED_END};
         last_ = stream_[next_++];
         lastBits_ = 8;
+    }
+    void MoveHeldBits() {
+        while (lastBits_ != 0 && valid_ < 8)
+            MoveBit();
     }
     void MoveBit() {
         const int bit = last_ >> (lastBits_ - 1) & 1;
@@ -211,10 +201,7 @@ class WindowReader {
 
     const Bytes& stream_;
     size_t next_ = 0;
-    int last_ = 0;
-    int lastBits_ = 0;
-    int window_ = 0;
-    int valid_ = 0;
+    int last_ = 0, lastBits_ = 0, window_ = 0, valid_ = 0;
 };
 
 struct RunRead {
@@ -228,25 +215,20 @@ RunRead ReadRun(WindowReader& in, bool black) {
         in.TopUp();
         if (in.Window() == 0) {
             in.Drop(8);
-            run.zeroByte = true;
-            return run;
+            return {run.length, true};
         }
         const int first = in.Window();
         const Code* found = nullptr;
-        for (const Code& code : CodesOf(black)) {
-            if (code.length <= 8 && first >> (8 - code.length) == static_cast<int>(code.bits)) {
-                in.Drop(static_cast<int>(code.length));
+        for (const Code& code : CodesOf(black))
+            if (code.length <= 8 && first >> (8 - code.length) == static_cast<int>(code.bits))
                 found = &code;
-            }
-        }
+        in.Drop(found != nullptr ? static_cast<int>(found->length) : 8);
         if (found == nullptr) {
-            in.Drop(8);
             in.TopUp();
-            const uint32_t both =
-                static_cast<uint32_t>(first) << 8 | static_cast<uint32_t>(in.Window());
-            for (const Code& code : CodesOf(black)) {
+            const auto both = static_cast<uint32_t>(first << 8 | in.Window());
+            for (const Code& code : CodesOf(black))
                 if (code.length > 8 && both >> (16 - code.length) == code.bits) found = &code;
-            }
+            if (found == nullptr) throw Failure{TIFF_BAD_CODE};  // the codes are complete
             in.Drop(static_cast<int>(found->length) - 8);
         }
         run.length += found->run;
@@ -269,12 +251,12 @@ Bytes Paint(const List& list, int32_t width) {
 }
 
 struct Decoder {
-    DecodedLines Run() {
+    Outcome Run() {
         try {
-            if (!offsets_.empty()) SeekStrip();
-            if (key_ == TIFF_KEY_CCITT_1D || key_ == TIFF_KEY_CCITT_1D_BARE) Run1DNoEol();
-            if (key_ == TIFF_KEY_GROUP3_1D || key_ == TIFF_KEY_GROUP3_1D_FILL) Run1DEol();
-            if (key_ == TIFF_KEY_GROUP4) RunGroup4();
+            SeekStrip();
+            if (run_.key == TIFF_KEY_CCITT_1D || run_.key == TIFF_KEY_CCITT_1D_BARE) Run1DNoEol();
+            if (run_.key == TIFF_KEY_GROUP3_1D || run_.key == TIFF_KEY_GROUP3_1D_FILL) Run1DEol();
+            if (run_.key == TIFF_KEY_GROUP4) RunGroup4();
             Run2DEol();
         } catch (const Failure& failure) {
             result_.code = failure.code == TIFF_LINE_STOP ? 0 : failure.code;
@@ -283,19 +265,15 @@ struct Decoder {
     }
 
     void SeekStrip() {
-        if (offsets_[strip_] > stream_.size()) throw Failure{TIFF_IO_ERROR};
-        in_.Seek(offsets_[strip_]);
+        if (strip_ >= run_.offsets.size() || run_.offsets[strip_] > run_.stream.size())
+            throw Failure{TIFF_IO_ERROR};
+        in_.Seek(run_.offsets[strip_++]);
     }
     void Deliver() {
-        stripEnded_ = false;
         result_.lines.push_back(Paint(changes_, width_));
-        const auto lines = static_cast<int32_t>(result_.lines.size());
-        if (lines >= height_) throw Failure{TIFF_LINE_STOP};
-        if (lines % rowsPerStrip_ != 0) return;
-        ++strip_;
-        if (strip_ >= offsets_.size()) throw Failure{TIFF_IO_ERROR};
-        SeekStrip();
-        stripEnded_ = true;
+        if (result_.lines.size() >= run_.height) throw Failure{TIFF_LINE_STOP};
+        stripEnded_ = result_.lines.size() % run_.rowsPerStrip == 0;
+        if (stripEnded_) SeekStrip();
     }
     [[nodiscard]] bool BlackIsDue() const { return changes_.size() % 2 != 0; }
 
@@ -400,10 +378,9 @@ struct Decoder {
         } while (a0 < width_);
     }
     void BeginStripIfDue() {
-        if (!stripEnded_) return;
+        if (!std::exchange(stripEnded_, false)) return;
         changes_.clear();
         passed_ = -1;
-        stripEnded_ = false;
     }
     void RunGroup4() {
         for (;;) {
@@ -431,17 +408,15 @@ struct Decoder {
         }
     }
 
-    CompressionKey key_;
-    const Bytes& stream_;
-    int32_t width_, height_, rowsPerStrip_;
-    const std::vector<uint32_t>& offsets_;
-    WindowReader in_{stream_};
+    const EngineRun& run_;
+    int32_t width_ = static_cast<int32_t>(run_.width);
+    WindowReader in_{run_.stream};
     size_t strip_ = 0;
     bool stripEnded_ = false;
     List changes_{};
     List reference_{};
     int32_t passed_ = -1;  // position of a pass that ended a line, or -1
-    DecodedLines result_{};
+    Outcome result_{};
 };
 
 }  // namespace
@@ -455,8 +430,10 @@ Picture RandomPicture(uint32_t seed, int32_t width, int32_t height, double meanR
         const uint32_t kind = random() % 8;
         if (y == 0 || kind == 0) {
             changes.clear();
-            for (double x = random() % 3 == 0 ? 0 : run(random); x < width; x += 1 + run(random)) {
+            double x = random() % 3 == 0 ? 0 : run(random);
+            while (x < width) {
                 changes.push_back(static_cast<int32_t>(x));
+                x += 1 + run(random);
             }
         } else if (kind != 1) {
             for (int32_t& change : changes) {
@@ -491,11 +468,10 @@ Bytes EncodeReference(CompressionKey key, const Picture& picture, int32_t k) {
     for (size_t y = 0; y < picture.rows.size(); ++y) {
         const bool oneDimensional = !twoDimensional || y % static_cast<size_t>(k) == 0;
         if (group3) putEndOfLine(!twoDimensional ? "" : oneDimensional ? "1" : "0");
-        if (key == TIFF_KEY_GROUP4 || !oneDimensional) {
+        if (key == TIFF_KEY_GROUP4 || !oneDimensional)
             PutRow2D(out, picture.rows[y], above, picture.width);
-        } else {
+        else
             PutRow1D(out, picture.rows[y], picture.width);
-        }
         if (key == TIFF_KEY_CCITT_1D || key == TIFF_KEY_CCITT_1D_BARE) out.Align();
         above = picture.rows[y];
     }
@@ -506,11 +482,8 @@ Bytes EncodeReference(CompressionKey key, const Picture& picture, int32_t k) {
     return out.Take();
 }
 
-DecodedLines DecodeReference(CompressionKey key, const Bytes& stream, int32_t width, int32_t height,
-                             int32_t rowsPerStrip, const std::vector<uint32_t>& stripOffsets) {
-    Decoder decoder{
-        key, stream, width, height, stripOffsets.empty() ? height : rowsPerStrip, stripOffsets};
-    return decoder.Run();
+Outcome ReferenceCcitt(const EngineRun& run) {
+    return Decoder{run}.Run();
 }
 
 }  // namespace vellim::test

@@ -6,8 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "support/tiff_builder.h"
-#include "vellim/codec.h"
+#include "support/engine_run.h"
 
 namespace vellim::test {
 
@@ -25,16 +24,7 @@ Picture RandomPicture(uint32_t seed, int32_t width, int32_t height, double meanR
 // Group 4 with two. In two-dimensional Group 3 every `k`th line is one-dimensional.
 Bytes EncodeReference(CompressionKey key, const Picture& picture, int32_t k = 4);
 
-struct DecodedLines {
-    std::vector<Bytes> lines;
-    uint32_t code = 0;
-    bool operator==(const DecodedLines&) const = default;
-};
-
-// Decodes `stream` by the rules. With `stripOffsets` each strip has `rowsPerStrip` lines; without,
-// the stream is one run of code.
-DecodedLines DecodeReference(CompressionKey key, const Bytes& stream, int32_t width, int32_t height,
-                             int32_t rowsPerStrip = 0,
-                             const std::vector<uint32_t>& stripOffsets = {});
+// Decodes the strips of `run` by the rules of its key.
+Outcome ReferenceCcitt(const EngineRun& run);
 
 }  // namespace vellim::test

@@ -31,16 +31,11 @@ ToolRun RunTool(const std::string& arguments, const Bytes& input) {
     const std::string command =
         std::string(kTool) + " " + arguments + " <" + in + " >" + out + " 2>" + err;
     const int status = std::system(command.c_str());
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Text(ReadFile(out)), Text(ReadFile(err))};
-}
-
-std::string Words(std::initializer_list<std::string_view> words) {
-    std::string line;
-    for (const std::string_view word : words) {
-        if (!line.empty()) line += ' ';
-        line += word;
-    }
-    return line;
+    const auto text = [](const std::string& path) {
+        const Bytes bytes = ReadFile(path);
+        return std::string(bytes.begin(), bytes.end());
+    };
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, text(out), text(err)};
 }
 
 std::string NewPath(const std::string& name) {
@@ -56,14 +51,6 @@ std::string Sample(const std::string& name) {
 Bytes ReadFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-bool Exists(const std::string& path) {
-    return std::filesystem::exists(path);
-}
-
-std::string Text(const Bytes& bytes) {
-    return {bytes.begin(), bytes.end()};
 }
 
 Png ReadPng(const std::string& path) {
@@ -85,11 +72,10 @@ Png ReadPng(const std::string& path) {
         png_get_pHYs(png, info, &picture.pelsX, &picture.pelsY, &picture.unit);
         png_colorp palette = nullptr;
         int colours = 0;
-        if (png_get_PLTE(png, info, &palette, &colours) != 0) {
-            for (int i = 0; i < colours; ++i) {
-                picture.palette.insert(picture.palette.end(),
-                                       {palette[i].red, palette[i].green, palette[i].blue});
-            }
+        png_get_PLTE(png, info, &palette, &colours);
+        for (int i = 0; i < colours; ++i) {
+            picture.palette.insert(picture.palette.end(),
+                                   {palette[i].red, palette[i].green, palette[i].blue});
         }
         picture.rows.assign(picture.height, Bytes(png_get_rowbytes(png, info)));
         for (Bytes& row : picture.rows)

@@ -2,9 +2,7 @@
 #pragma once
 
 #include <cstdint>
-#include <initializer_list>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "support/tiff_builder.h"
@@ -20,9 +18,6 @@ struct ToolRun {
 // Runs `vellim` with `arguments`, as a shell reads them, and `input` as standard input.
 ToolRun RunTool(const std::string& arguments, const Bytes& input = {});
 
-// The words of a command line, with a blank between.
-std::string Words(std::initializer_list<std::string_view> words);
-
 // A path in the test's own folder; nothing is there yet.
 std::string NewPath(const std::string& name);
 
@@ -30,15 +25,13 @@ std::string NewPath(const std::string& name);
 std::string Sample(const std::string& name);
 
 Bytes ReadFile(const std::string& path);
-bool Exists(const std::string& path);
-std::string Text(const Bytes& bytes);
 
 struct Png {
     uint32_t width = 0, height = 0;
     int depth = 0, colourType = 0;
-    Bytes palette;                  // red, green, blue of each entry
     uint32_t pelsX = 0, pelsY = 0;  // of pHYs
     int unit = -1;                  // of pHYs; -1: there is none
+    Bytes palette;                  // red, green, blue of each entry
     std::vector<Bytes> rows;        // as stored: packed, not expanded
 };
 

@@ -1,16 +1,22 @@
-#include "fuzz/ccitt_stream.h"
-
-#include <vector>
+// Bare CCITT data from a memory stream: one target for each pair of FUZZ_KEYS.
+//
+// Input: a byte of settings (bit 0: FillOrder, set for 2; the others pick the key), width and
+// height (two bytes each, low byte first, signed), data. The data is decoded as it is, and again
+// with every byte mirrored and the other FillOrder: both must come out alike.
+#include <array>
 
 #include "container/streams.h"
 #include "fuzz/checks.h"
 #include "fuzz/input.h"
 #include "fuzz/lines.h"
+#include "support/tiff_builder.h"
 #include "vellim/decode.h"
 
 namespace vellim::fuzz {
 
 namespace {
+
+constexpr auto kKeys = std::to_array<CompressionKey>({FUZZ_KEYS});
 
 struct Settings {
     int32_t width;
@@ -18,9 +24,9 @@ struct Settings {
     CompressionKey key;
 };
 
-Outcome DecodeBytes(std::span<const uint8_t> bytes, const Settings& settings, uint32_t fillOrder,
+Outcome DecodeBytes(const test::Bytes& bytes, const Settings& settings, uint32_t fillOrder,
                     Hands hands) {
-    const OwnedBlock block = BlockOf(bytes);
+    const OwnedBlock block(test::BlockOf(bytes));
     const OpenStream stream(mOpen(block.Get(), static_cast<int32_t>(bytes.size())));
     Require(static_cast<bool>(stream), "a memory stream is free");
 
@@ -35,20 +41,23 @@ Outcome DecodeBytes(std::span<const uint8_t> bytes, const Settings& settings, ui
 
 }  // namespace
 
-void FuzzCcitt(const uint8_t* data, size_t size, std::span<const CompressionKey> keys) {
+}  // namespace vellim::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    using namespace vellim::fuzz;
     const BlockBalance balance;
     Input input(data, size);
     const uint8_t choice = input.Byte();
-    const uint32_t fillOrder = (choice & 1) != 0 ? TIFF_FILL_LSB_FIRST : TIFF_FILL_MSB_FIRST;
-    const Settings settings = {input.SignedWord(), input.SignedWord(),
-                               keys[(choice >> 1) % keys.size()]};
-
-    std::vector<uint8_t> bytes(input.Rest().begin(), input.Rest().end());
-    const Outcome plain = DecodeBytes(bytes, settings, fillOrder, Hands::Off);
-    ReverseBits(bytes.data(), bytes.size());
+    const uint32_t fillOrder = (choice & 1U) != 0 ? TIFF_FILL_LSB_FIRST : TIFF_FILL_MSB_FIRST;
     const uint32_t other = TIFF_FILL_MSB_FIRST + TIFF_FILL_LSB_FIRST - fillOrder;
+    const int32_t width = input.SignedWord();
+    const int32_t height = input.SignedWord();
+    const Settings settings = {width, height, kKeys[(choice >> 1U) % kKeys.size()]};
+
+    vellim::test::Bytes bytes = input.Rest();
+    const Outcome plain = DecodeBytes(bytes, settings, fillOrder, Hands::Off);
+    vellim::ReverseBits(bytes.data(), bytes.size());
     const Outcome mirrored = DecodeBytes(bytes, settings, other, Hands::Scribbling);
     Require(plain == mirrored, "a mirrored stream decodes alike");
+    return 0;
 }
-
-}  // namespace vellim::fuzz
