@@ -48,8 +48,8 @@ TEST(LoadDib, LinesLieBottomUpWithZeroPadding) {
             std::swap(lines[i], lines[i + 2]);
         Bytes expected(size_t{height} * c.storedBytes);
         for (uint32_t line = 0; line < height; line++)
-            std::copy_n(&lines[line * c.lineBytes], c.lineBytes,
-                        &expected[(height - 1 - line) * c.storedBytes]);
+            std::copy_n(&lines[size_t{line} * c.lineBytes], c.lineBytes,
+                        &expected[size_t{height - 1 - line} * c.storedBytes]);
         const auto* block = static_cast<const uint8_t*>(GlobalLock(dib.Get()));
         EXPECT_EQ(Bytes(block + c.bitsOffset, block + GlobalSize(dib.Get())), expected);
         EXPECT_EQ(GlobalUnlock(dib.Get()), 0) << "was handed over locked";
@@ -63,7 +63,7 @@ TEST(LoadDib, KeepsWhatCameWithAWarningAndElseGivesACode) {
         uint32_t width, height;
         uint16_t bits, compression;
         int32_t code, kept;
-        std::string message = "";
+        std::string message = {};
     } cases[] = {{16, 4, 1, 1, TIFF_SUCCESS, 4},
                  {8, 5000, 1, 1, TIFF_UNEXPECTED_END, 4000,  // the file has no more
                   "TIFF warning: Unexpected end of file in reading data."},

@@ -121,5 +121,28 @@ TEST(DecodeCcitt, OffsetsFillOrdersAndKeys) {
     }
 }
 
+// Lines that cross the code buffer's end are read again from where they begin: counted from the
+// offset, not from the start of the file.
+TEST(DecodeCcitt, RawLinesFromAnOffset) {
+    constexpr size_t kLineBytes = 997;
+    constexpr int32_t kLines = 100;
+    Bytes bytes(3 + kLineBytes * kLines);
+    for (size_t i = 0; i < bytes.size(); ++i)
+        bytes[i] = static_cast<uint8_t>(i * 7 + i / 251);
+    const int32_t file = OpenFile(FileOf(bytes, "raw").c_str(), nullptr, OF_READ);
+    const Outcome got = Take(kLineBytes, [&](uintptr_t data) {
+        return DecodeCcittImageFrom(file, 3, kLineBytes * 8, kLines, TIFF_KEY_NONE, 1,
+                                    TIFF_LITTLE_ENDIAN, data, CallAnswer);
+    });
+    _lclose(file);
+    ASSERT_EQ(got.code, 0U);
+    ASSERT_EQ(got.lines.size(), static_cast<size_t>(kLines));
+    for (size_t y = 0; y < got.lines.size(); ++y) {
+        EXPECT_TRUE(std::equal(got.lines[y].begin(), got.lines[y].end(),
+                               bytes.begin() + static_cast<std::ptrdiff_t>(3 + y * kLineBytes)))
+            << "line " << y;
+    }
+}
+
 }  // namespace
 }  // namespace vellim::test

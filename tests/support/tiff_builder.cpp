@@ -90,10 +90,10 @@ struct TemporaryFolder {
 
 }  // namespace
 
-TagSpec ShortTag(uint16_t tag, std::vector<uint16_t> values) {
+TagSpec ShortTag(uint16_t tag, const std::vector<uint16_t>& values) {
     return TagOf(tag, TIFF_TYPE_SHORT, values);
 }
-TagSpec LongTag(uint16_t tag, std::vector<uint32_t> values) {
+TagSpec LongTag(uint16_t tag, const std::vector<uint32_t>& values) {
     return TagOf(tag, TIFF_TYPE_LONG, values);
 }
 TagSpec RationalTag(uint16_t tag, uint32_t numerator, uint32_t denominator) {
@@ -135,7 +135,7 @@ GlobalHandle BlockOf(const Bytes& bytes) {
 
 std::string FileOf(const Bytes& bytes, std::string_view name) {
     static const TemporaryFolder folder;
-    const std::string path = (std::filesystem::path(folder.path) / name).string();
+    std::string path = (std::filesystem::path(folder.path) / name).string();
     std::ofstream file(path, std::ios::binary);
     file.write(reinterpret_cast<const char*>(bytes.data()), std::ssize(bytes));
     if (!file.flush()) throw std::runtime_error("can't write " + path);

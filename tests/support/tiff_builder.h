@@ -19,8 +19,8 @@ struct TagSpec {
     Bytes value;
 };
 
-TagSpec ShortTag(uint16_t tag, std::vector<uint16_t> values);
-TagSpec LongTag(uint16_t tag, std::vector<uint32_t> values);
+TagSpec ShortTag(uint16_t tag, const std::vector<uint16_t>& values);
+TagSpec LongTag(uint16_t tag, const std::vector<uint32_t>& values);
 TagSpec RationalTag(uint16_t tag, uint32_t numerator, uint32_t denominator);
 TagSpec AsciiTag(uint16_t tag, std::string_view text);  // the terminator is added
 
