@@ -94,6 +94,20 @@ void TagBuffer::Remove(const TagRecord& record) {
     SetHead(head);
 }
 
+void TagBuffer::RemoveAll(uint32_t tag) {
+    TagBufferHead kept = {.TagCount = 0, .Capacity = Head().Capacity, .Used = 0};
+    for (auto record = RecordAt(0); record;) {
+        const uint32_t size = record->Head.RecordSize;
+        if (record->Head.Tag != tag) {
+            std::memmove(Records() + kept.Used, Records() + record->Place, size);
+            kept.TagCount++;
+            kept.Used += size;
+        }
+        record = RecordAt(record->Place + size);
+    }
+    SetHead(kept);
+}
+
 GlobalHandle TagBufferOf(TiffFileHandle file, int32_t image) {
     if (image < 0 || image >= TIFF_MAX_IMAGES) return Fail(TIFF_BAD_INDEX, GlobalHandle{0});
     const TiffFileAccess access(file);

@@ -67,6 +67,8 @@ class TagBuffer {
     // when there is no room. `head.RecordSize` is set from `valueBytes`.
     uint8_t* Append(TagRecordHead head, uint32_t valueBytes);
     void Remove(const TagRecord& record);
+    // Removes every record of `tag`, in one pass.
+    void RemoveAll(uint32_t tag);
 
   private:
     [[nodiscard]] uint8_t* Records() const;

@@ -53,8 +53,8 @@ void StoreElement(uint16_t type, const TagElement& element, void* value) {
 
 // What a record has room for: tag and type in 16 bits each, and the value behind them.
 bool FitsRecord(uint32_t tag, uint32_t type, uint32_t count) {
-    return tag <= UINT16_MAX && type <= UINT16_MAX &&
-           uint64_t{TiffTypeSize(type)} * count <= kMaxTagValueBytes;
+    if (tag > UINT16_MAX || type > UINT16_MAX) return Fail(TIFF_BAD_TAG, false);
+    return uint64_t{TiffTypeSize(type)} * count <= kMaxTagValueBytes || Fail(TIFF_NO_MEMORY, false);
 }
 
 // Makes room for one more record, and no more than that. The block may be replaced.
@@ -119,10 +119,12 @@ int32_t GetTiffImageInfo(TiffFileHandle file, int32_t image, uint32_t tag, void*
 }
 
 // A place counts as free while no tags were ever held in it, so a stored image that wasn't loaded
-// gives its place to the new one.
+// gives its place to the new one. A file of a thousand images is full all the same: the walk that
+// stopped there doesn't know where the chain ends, so that one image more would cost a stored one.
 int32_t DefineTiffImage(TiffFileHandle file) {
     const TiffFileAccess access(file);
     if (!access) return -1;
+    if (access->ImageCount >= TIFF_MAX_IMAGES) return Fail(TIFF_NO_MEMORY, -1);
     int32_t image = 0;
     while (image < TIFF_MAX_IMAGES && access->Images[image].TagBufferHandle != 0)
         image++;
@@ -144,7 +146,7 @@ int32_t DefineTiffImageInfoBuffer(TiffFileHandle file, int32_t image, uint32_t t
                                   const void* value, uint32_t type, uint32_t count) {
     if (TagBufferOf(file, image) == 0) return 0;
     if (value == nullptr && count > 0) return 0;
-    if (!FitsRecord(tag, type, count)) return Fail(TIFF_BAD_TAG, 0);
+    if (!FitsRecord(tag, type, count)) return 0;
     const uint32_t valueBytes = TiffTypeSize(type) * count;
 
     RemoveTiffTag(file, image, tag);

@@ -4,6 +4,7 @@
 #include "container/tiff_file.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 
 #include "container/chain_walk.h"
@@ -27,11 +28,14 @@ uint32_t DiskOpenStyle(int32_t mode) {
     return mode == T_APPEND ? kOpenStyleAppend : kOpenStyleCreate;
 }
 
-bool FileExists(const char* path) {
-    const StreamHandle probe = OpenFile(path, nullptr, OF_READ);
-    if (probe == -1) return false;
+// A file that can't be opened for another reason than that it isn't there must not be taken for
+// one that is to be made: making it would cut it to nothing.
+bool IsMissing(const char* path) {
+    OFSTRUCT told = {};
+    const StreamHandle probe = OpenFile(path, &told, OF_READ);
+    if (probe == -1) return told.nErrCode == ENOENT;
     mClose(probe);
-    return true;
+    return false;
 }
 
 // A control block without images, for a file that is still to be read or written.
@@ -74,18 +78,21 @@ using namespace vellim;
 TiffFileHandle OpenTiffFile(const char* path, int32_t mode) {
     SetTiffError(TIFF_SUCCESS);
     if (path == nullptr || path[0] == '\0') return Fail(TIFF_IO_ERROR, TiffFileHandle{0});
-    if (mode == T_APPEND && !FileExists(path)) mode = T_CREAT;
+    if (mode == T_APPEND && IsMissing(path)) mode = T_CREAT;
     OwnedBlock block = NewTiffFile(0, kNoMemorySize, DiskOpenStyle(mode));
     if (!block || !ModiTiffFileInfo(block.Get(), path, TIFF_LITTLE_ENDIAN)) return 0;
     return FinishOpen(std::move(block), mode);
 }
 
-// A memory TIFF opened for creation gets no header: its block must hold one before it is written.
+// Opened for creation, a block that holds nothing yet gets its header with the first image. One
+// that holds something is taken to begin with a header, and is written behind its end.
 TiffFileHandle OpenTiffInMemory(GlobalHandle block, int32_t size, int32_t mode) {
     SetTiffError(TIFF_SUCCESS);
     if (size < 0) return Fail(TIFF_IO_ERROR, TiffFileHandle{0});
-    OwnedBlock file =
-        NewTiffFile(block, size, ReadsExisting(mode) ? kOpenStyleAppend : uint32_t{OF_READ});
+    const bool empty = block == 0 || size == 0;
+    const uint32_t createStyle = empty ? kOpenStyleCreate : uint32_t{OF_READ};
+    OwnedBlock file = NewTiffFile(block, block == 0 ? 0 : size,
+                                  ReadsExisting(mode) ? kOpenStyleAppend : createStyle);
     if (!file) return 0;
     return FinishOpen(std::move(file), mode);
 }

@@ -25,6 +25,7 @@
 #include <iterator>
 #include <limits>
 
+#include "platform/descriptors.h"
 #include "platform/full_path.h"
 #include "platform/handle_table.h"
 #include "vellim/platform.h"
@@ -40,27 +41,12 @@ using FileTable = HandleTable<OpenDescriptor, HandleKind::kFile>;
 constinit FileTable files;
 
 constexpr int32_t kFailed = -1;
-constexpr int kNoDescriptor = -1;
 constexpr int32_t kExists = 1;  // below every handle
 constexpr uint32_t kAccessMask = 0x3;
 constexpr uint32_t kShareMask = 0x70;
 constexpr mode_t kNewFileMode = 0666;  // less the process's umask
 constexpr int kAlwaysFlags = O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
 constexpr int64_t kLastPosition = std::numeric_limits<int32_t>::max();
-
-int DescriptorOf(int32_t file) {
-    const OpenDescriptor* found = files.Find(static_cast<uint32_t>(file));
-    return found != nullptr ? found->descriptor.load(std::memory_order_relaxed) : kNoDescriptor;
-}
-
-// Runs a system call again for as long as a signal interrupts it.
-template <typename Call>
-auto Uninterrupted(Call call) {
-    auto result = call();
-    while (result == -1 && errno == EINTR)
-        result = call();
-    return result;
-}
 
 // Share styles. Two writers that each ask not to be shared would spoil one another's file, so the
 // second is refused, in other processes too. Readers are never held off, and a file system
@@ -109,18 +95,6 @@ int OpenDescriptorFor(const char* path, uint32_t style) {
     return kNoDescriptor;
 }
 
-int32_t Register(int descriptor) {
-    const FileTable::Place place = files.Reserve();
-    if (place.handle == 0) {
-        ::close(descriptor);
-        errno = EMFILE;
-        return kFailed;
-    }
-    place.entry->descriptor.store(descriptor, std::memory_order_relaxed);
-    files.Publish(place.handle);
-    return static_cast<int32_t>(place.handle);
-}
-
 // A question makes nothing and cuts nothing, whatever else the style asks for.
 int32_t AskForExistence(const char* path, uint32_t style) {
     const int descriptor = OpenDescriptorFor(path, style & kAccessMask);
@@ -132,7 +106,7 @@ int32_t AskForExistence(const char* path, uint32_t style) {
 int32_t OpenByStyle(const char* path, uint32_t style) {
     if ((style & OF_EXIST) != 0) return AskForExistence(path, style);
     const int descriptor = OpenDescriptorFor(path, style);
-    return descriptor != kNoDescriptor ? Register(descriptor) : kFailed;
+    return descriptor != kNoDescriptor ? RegisterDescriptor(descriptor) : kFailed;
 }
 
 // Moves `bytes` bytes by `move(done, left)`, which gives what one system call moved. What was moved
@@ -161,6 +135,24 @@ int64_t SeekBase(int descriptor, int32_t origin) {
 }
 
 }  // namespace
+
+int DescriptorOf(int32_t file) {
+    const OpenDescriptor* found = files.Find(static_cast<uint32_t>(file));
+    return found != nullptr ? found->descriptor.load(std::memory_order_relaxed) : kNoDescriptor;
+}
+
+int32_t RegisterDescriptor(int descriptor) {
+    const FileTable::Place place = files.Reserve();
+    if (place.handle == 0) {
+        ::close(descriptor);
+        errno = EMFILE;
+        return kFailed;
+    }
+    place.entry->descriptor.store(descriptor, std::memory_order_relaxed);
+    files.Publish(place.handle);
+    return static_cast<int32_t>(place.handle);
+}
+
 }  // namespace vellim
 
 int32_t OpenFile(const char* path, OFSTRUCT* info, uint32_t style) {

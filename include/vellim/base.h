@@ -62,6 +62,17 @@ typedef struct RGBQUAD {
     uint8_t rgbReserved; /* 0 */
 } RGBQUAD;
 
+/* A bitmap in memory, as it is described to the calls that store one. */
+typedef struct BITMAP {
+    int32_t bmType;       /* 0 */
+    int32_t bmWidth;      /* pixels */
+    int32_t bmHeight;     /* lines */
+    int32_t bmWidthBytes; /* bytes of a line */
+    uint16_t bmPlanes;
+    uint16_t bmBitsPixel; /* bits a pixel and plane */
+    void* bmBits;
+} BITMAP;
+
 #ifdef __cplusplus
 }
 #endif

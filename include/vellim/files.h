@@ -39,7 +39,9 @@ typedef struct TiffFileInfo {
 VELLIM_API TiffFileHandle OpenTiffFile(const char* path, int32_t mode);
 
 /* The same on the first `size` bytes of the movable block `block`. The block stays the
- * application's, but writing may replace it: GetMemoryTiffHandle gives the current one. */
+ * application's, but writing may replace it: GetMemoryTiffHandle gives the current one, whose size
+ * is that of the file. With T_CREAT a `block` of 0 or a `size` of 0 begins a new file in memory,
+ * which gets its header with the first image. */
 VELLIM_API TiffFileHandle OpenTiffInMemory(GlobalHandle block, int32_t size, int32_t mode);
 
 /* The block of a memory TIFF as it is now; 0 for a disk file. It is the application's to free. */

@@ -35,6 +35,9 @@ enum TiffTag {
     TIFF_TAG_T4_OPTIONS = 292,
     TIFF_TAG_T6_OPTIONS = 293,
     TIFF_TAG_RESOLUTION_UNIT = 296,
+    TIFF_TAG_SOFTWARE = 305,
+    TIFF_TAG_DATE_TIME = 306,
+    TIFF_TAG_ARTIST = 315,
     TIFF_TAG_PREDICTOR = 317,
     TIFF_TAG_COLOR_MAP = 320,
     TIFF_TAG_TILE_WIDTH = 322,
@@ -76,13 +79,14 @@ VELLIM_API int32_t GetTiffImageInfoBuffer(TiffFileHandle file, int32_t image, ui
  * there, else 0 with code 13. */
 VELLIM_API int32_t GetTiffImageInfo(TiffFileHandle file, int32_t image, uint32_t tag, void* value);
 
-/* Starts a new image without tags and gives its index, or -1 with code 1 when all 1000 places are
- * taken or memory is short. */
+/* Starts a new image without tags and gives its index, or -1 with code 1 when the file has its 1000
+ * images or memory is short. */
 VELLIM_API int32_t DefineTiffImage(TiffFileHandle file);
 
 /* Stores a tag in memory: `count` elements of `type`, in host order, replacing a tag of that
- * number. The new tag goes to the end of the list. A value of more than 65525 bytes can't be held
- * and is refused with code 9, the old value staying. 1, or 0 with code 1 without memory. */
+ * number. The new tag goes to the end of the list. 1, or 0: code 1 without memory, or for a value
+ * of more than 65525 bytes, which can't be held; code 9 for a tag or type above 65535. The tags are
+ * then as they were, but for a lack of memory that loses the old value. */
 VELLIM_API int32_t DefineTiffImageInfoBuffer(TiffFileHandle file, int32_t image, uint32_t tag,
                                              const void* value, uint32_t type, uint32_t count);
 

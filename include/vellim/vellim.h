@@ -5,6 +5,9 @@
  *   vellim/queries.h   size, colours, strips, resolution
  *   vellim/decode.h    an image, line by line
  *   vellim/load.h      an image as a DIB
+ *   vellim/encode.h    an image stored, line by line
+ *   vellim/save.h      a DIB stored as an image
+ *   vellim/edit.h      tags of stored images changed, images copied from file to file
  *   vellim/failures.h  what went wrong
  *   vellim/streams.h   bytes on disk or in memory
  *   vellim/codec.h     the record of a run, for engines in modules of their own
@@ -15,11 +18,14 @@
 #include "vellim/base.h"
 #include "vellim/codec.h"
 #include "vellim/decode.h"
+#include "vellim/edit.h"
+#include "vellim/encode.h"
 #include "vellim/failures.h"
 #include "vellim/files.h"
 #include "vellim/load.h"
 #include "vellim/platform.h"
 #include "vellim/queries.h"
+#include "vellim/save.h"
 #include "vellim/streams.h"
 #include "vellim/tags.h"
 

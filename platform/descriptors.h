@@ -1,0 +1,27 @@
+// What stands between file handles and the system's descriptors, for this room's own files.
+#pragma once
+
+#include <cerrno>
+#include <cstdint>
+
+namespace vellim {
+
+inline constexpr int kNoDescriptor = -1;
+
+// The descriptor behind a handle, or kNoDescriptor.
+int DescriptorOf(int32_t file);
+
+// A handle for `descriptor`, which belongs to it from here on; -1, with the descriptor closed, when
+// there are no more.
+int32_t RegisterDescriptor(int descriptor);
+
+// Runs a system call again for as long as a signal interrupts it.
+template <typename Call>
+auto Uninterrupted(Call call) {
+    auto result = call();
+    while (result == -1 && errno == EINTR)
+        result = call();
+    return result;
+}
+
+}  // namespace vellim
