@@ -1,67 +1,26 @@
 // Decoding runs: from a stored image's tags, or from a caller's figures for bare CCITT data, to the
 // record that an engine runs on; the engine by its key; and the end of the run, on every way out.
 
-#include <limits>
-#include <optional>
-
-#include "codec/buffers.h"
 #include "codec/compression_key.h"
 #include "codec/engines.h"
 #include "codec/jpeg_tags.h"
+#include "codec/run.h"
 #include "codec/strip_table.h"
-#include "container/failure.h"
-#include "container/sizes.h"
-#include "container/streams.h"
-#include "container/tiff_file.h"
+#include "container/file_stream.h"
 #include "vellim/decode.h"
-#include "vellim/queries.h"
+#include "vellim/failures.h"
 
 namespace vellim {
 namespace {
 
-// A run, whose blocks are freed at the end of the scope.
-struct Run {
-    CodecState state{};
-    Run() = default;
-    ~Run() { ReleaseCodecState(state); }
-    Run(const Run&) = delete;
-    Run& operator=(const Run&) = delete;
-};
-
-// The bytes of a TIFF file for the length of a run. At its end a memory TIFF takes its block back
-// from the stream. The file's record is locked for moments only: the callback may use the file.
-class TiffSource {
-  public:
-    explicit TiffSource(TiffFileHandle file) : file_(file), stream_(Open(file)) {}
-    ~TiffSource() {
-        if (!stream_ || stream_.Get() > 0) return;
-        // A callback that closed the stream has left nothing to take back.
-        const GlobalHandle block = mBlock(stream_.Get());
-        const TiffFileAccess access(file_);
-        if (access && block != 0) access->MemoryBlock = block;
-    }
-    TiffSource(const TiffSource&) = delete;
-    TiffSource& operator=(const TiffSource&) = delete;
-
-    // Puts the stream into the run, with its length. 0 or 6.
-    [[nodiscard]] uint32_t Attach(CodecState& state) const {
-        if (!stream_) return TIFF_IO_ERROR;
-        const int32_t length = mSize(stream_.Get());
-        if (length < 0 || mSeek(stream_.Get(), 0, 0) != 0) return TIFF_IO_ERROR;
-        state.Stream = stream_.Get();
-        state.StreamLimit = static_cast<uint32_t>(length);
-        return TIFF_SUCCESS;
-    }
-
-  private:
-    static StreamHandle Open(TiffFileHandle file) {
-        const TiffFileAccess access(file);
-        return access ? OpenForReading(*access) : StreamHandle{-1};
-    }
-
-    TiffFileHandle file_;
-    OpenStream stream_;
-};
+// Puts the stream into the run, with its length. 0 or 6.
+uint32_t AttachStream(StreamHandle stream, CodecState& state) {
+    const int32_t length = mSize(stream);
+    if (length < 0 || mSeek(stream, 0, 0) != 0) return TIFF_IO_ERROR;
+    state.Stream = stream;
+    state.StreamLimit = static_cast<uint32_t>(length);
+    return TIFF_SUCCESS;
+}
 
 uint32_t DispatchDecoder(CodecState& state) {
     switch (state.Key) {
@@ -90,19 +49,6 @@ uint32_t DispatchDecoder(CodecState& state) {
     }
 }
 
-// The picture's size and the bytes of its lines. 0 or a failure code.
-uint32_t ReadDimensions(TiffFileHandle file, int32_t image, CodecState& state) {
-    TiffDimensions dimensions{};
-    const int32_t result = GetTiffDimensions(file, image, &dimensions);
-    if (result != TIFF_SUCCESS) return static_cast<uint32_t>(result);
-    if (!WithinSizeLimits(dimensions.biWidth, dimensions.biHeight)) return TIFF_NO_MEMORY;
-    const auto rowBytes = PackedRowBytes(dimensions.biWidth, dimensions.biBitCount);
-    if (!rowBytes) return TIFF_NO_MEMORY;
-    state.Dimensions = dimensions;
-    state.RowBytes = *rowBytes;
-    return TIFF_SUCCESS;
-}
-
 // JPEG has tiles for strips, and always begins with the first.
 uint32_t ReadLayout(TiffFileHandle file, int32_t image, uint32_t firstStrip, uint32_t lineCount,
                     CodecState& state) {
@@ -121,21 +67,10 @@ uint32_t DecodeStoredImage(TiffFileHandle file, int32_t image, uint32_t firstStr
     result = ReadLayout(file, image, firstStrip, lineCount, state);
     if (result != TIFF_SUCCESS) return result;
 
-    const TiffSource source(file);
-    result = source.Attach(state);
+    const FileStream stream(file, FileUse::Read);
+    if (!stream) return TIFF_IO_ERROR;
+    result = AttachStream(stream.Get(), state);
     return result == TIFF_SUCCESS ? DispatchDecoder(state) : result;
-}
-
-TiffDimensions BilevelDimensions(int32_t width, int32_t height) {
-    TiffDimensions dimensions{};
-    dimensions.biSize = sizeof(TiffDimensions);
-    dimensions.biWidth = width;
-    dimensions.biHeight = height;
-    dimensions.biPlanes = 1;
-    dimensions.biBitCount = 1;
-    dimensions.biClrUsed = 2;
-    dimensions.biClrImportant = 2;
-    return dimensions;
 }
 
 // Where bare data stands in its stream, and how it is stored.
@@ -165,21 +100,13 @@ uint32_t DecodeBareData(const BareData& data, int32_t width, int32_t height, Cod
     if (state.Callback == nullptr) return TIFF_BAD_INDEX;
     const uint32_t result = AttachBareData(data, state);
     if (result != TIFF_SUCCESS) return result;
-    const auto rowBytes = PackedRowBytes(width, 1);
-    if (!WithinSizeLimits(width, height) || !rowBytes) return TIFF_NO_MEMORY;
+    const uint32_t taken = TakeBarePicture(width, height, state);
+    if (taken != TIFF_SUCCESS) return taken;
     if (width == 0 && height == 0) return TIFF_SUCCESS;
-    state.Dimensions = BilevelDimensions(width, height);
-    state.RowBytes = *rowBytes;
-    state.RowsPerStrip = static_cast<uint32_t>(height);
     state.Key = data.key;
     state.FillOrder = data.fillOrder;
     state.ByteOrder = data.byteOrder;
     return DispatchDecoder(state);
-}
-
-int32_t Finish(uint32_t result) {
-    StoreFailure(result);
-    return result == TIFF_SUCCESS ? 1 : 0;
 }
 
 }  // namespace
@@ -189,10 +116,8 @@ using namespace vellim;
 
 int32_t DecodeTiffImage(TiffFileHandle file, int32_t image, uint32_t firstStrip, uint32_t lineCount,
                         uintptr_t callbackData, LineCallback callback) {
-    Run run;
-    run.state.CallbackData = callbackData;
-    run.state.Callback = callback;
-    return Finish(DecodeStoredImage(file, image, firstStrip, lineCount, run.state));
+    Run run(callbackData, callback);
+    return FinishRun(DecodeStoredImage(file, image, firstStrip, lineCount, run.state));
 }
 
 int32_t DecodeCcittImage(StreamHandle stream, int32_t width, int32_t height, CompressionKey key,
@@ -204,17 +129,13 @@ int32_t DecodeCcittImage(StreamHandle stream, int32_t width, int32_t height, Com
 int32_t DecodeCcittImageFrom(StreamHandle stream, int32_t offset, int32_t width, int32_t height,
                              CompressionKey key, uint32_t fillOrder, uint32_t byteOrder,
                              uintptr_t callbackData, LineCallback callback) {
-    const bool lsbFirst = fillOrder == TIFF_FILL_LSB_FIRST;
-    const bool bigEndian = byteOrder == TIFF_BIG_ENDIAN;
     const BareData data{
         .stream = stream,
         .offset = offset,
         .key = key,
-        .fillOrder = lsbFirst ? TIFF_FILL_LSB_FIRST : TIFF_FILL_MSB_FIRST,
-        .byteOrder = bigEndian ? TIFF_BIG_ENDIAN : TIFF_LITTLE_ENDIAN,
+        .fillOrder = FillOrderOrMsbFirst(fillOrder),
+        .byteOrder = ByteOrderOrLittleEndian(byteOrder),
     };
-    Run run;
-    run.state.CallbackData = callbackData;
-    run.state.Callback = callback;
-    return Finish(DecodeBareData(data, width, height, run.state));
+    Run run(callbackData, callback);
+    return FinishRun(DecodeBareData(data, width, height, run.state));
 }

@@ -1,8 +1,11 @@
-// A line of differences becomes pixels by a running sum, modulo 256 or 16.
+// A line of differences becomes pixels by a running sum, modulo 256 or 16, and pixels become
+// differences by the opposite.
 //
 // Bytes are summed in blocks. Within a block the sums come by adding the block to itself moved on
 // by one pixel, two, four and so on; what all blocks before add up to is added last. So the blocks
-// wait for each other with a single addition, where a plain loop waits with every pixel.
+// wait for each other with a single addition, where a plain loop waits with every pixel. The
+// differences are taken in blocks too, from the line's end down, so that what stands on the left of
+// a block is still the pixels themselves.
 
 #include "codec/differencing.h"
 
@@ -96,6 +99,51 @@ void SumNibbles(uint8_t* line, size_t size) {
     }
 }
 
+// Each byte but the first `Step` becomes its difference from the byte `Step` before.
+template <size_t Step>
+void DifferBytes(uint8_t* line, size_t size) {
+    size_t left = size;
+    for (; left >= kLanes + Step; left -= kLanes) {
+        Lanes block;
+        Lanes before;
+        std::memcpy(&block, line + left - kLanes, kLanes);
+        std::memcpy(&before, line + left - kLanes - Step, kLanes);
+        block -= before;
+        std::memcpy(line + left - kLanes, &block, kLanes);
+    }
+    for (; left > Step; --left)
+        line[left - 1] = static_cast<uint8_t>(line[left - 1] - line[left - 1 - Step]);
+}
+
+// `pixels` minus what is on the left of each, both halves of a byte at once; `before` is the byte
+// on the left of each byte.
+template <typename T>
+T DifferHalves(T pixels, T before) {
+    constexpr uint8_t kHigh = 0xF0;
+    constexpr uint8_t kLow = 0x0F;
+    const T left = static_cast<T>((before << 4) | (pixels >> 4));
+    const T high = static_cast<T>((pixels & kHigh) - (left & kHigh));
+    const T low = static_cast<T>((pixels & kLow) - (left & kLow));
+    return static_cast<T>((high & kHigh) | (low & kLow));
+}
+
+// Two pixels a byte. The very first has nothing on its left.
+void DifferNibbles(uint8_t* line, size_t size) {
+    size_t left = size;
+    for (; left > kLanes; left -= kLanes) {
+        Lanes block;
+        Lanes before;
+        std::memcpy(&block, line + left - kLanes, kLanes);
+        std::memcpy(&before, line + left - kLanes - 1, kLanes);
+        block = DifferHalves(block, before);
+        std::memcpy(line + left - kLanes, &block, kLanes);
+    }
+    for (; left > 0; --left) {
+        const uint8_t before = left > 1 ? line[left - 2] : uint8_t{0};
+        line[left - 1] = DifferHalves(line[left - 1], before);
+    }
+}
+
 }  // namespace
 
 void UndoDifferencing(CodecState& state) {
@@ -106,6 +154,19 @@ void UndoDifferencing(CodecState& state) {
             return SumBytes<1>(state.LineBuffer, state.RowBytes);
         case 24:
             return SumBytes<3>(state.LineBuffer, state.RowBytes);
+        default:
+            return;
+    }
+}
+
+void ApplyDifferencing(CodecState& state) {
+    switch (state.Dimensions.biBitCount) {
+        case 4:
+            return DifferNibbles(state.LineBuffer, state.RowBytes);
+        case 8:
+            return DifferBytes<1>(state.LineBuffer, state.RowBytes);
+        case 24:
+            return DifferBytes<3>(state.LineBuffer, state.RowBytes);
         default:
             return;
     }

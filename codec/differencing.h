@@ -10,4 +10,7 @@ namespace vellim {
 // channel by channel. Lines of any other depth are left as they are.
 void UndoDifferencing(CodecState& state);
 
+// The other way, for the same depths: pixels become differences.
+void ApplyDifferencing(CodecState& state);
+
 }  // namespace vellim

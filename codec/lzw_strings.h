@@ -16,13 +16,10 @@
 #include <cstdint>
 #include <cstring>
 
+#include "codec/lzw_codes.h"
+
 namespace vellim {
 
-constexpr uint32_t kLzwLiterals = 256;
-constexpr uint32_t kLzwClear = 256;
-constexpr uint32_t kLzwEnd = 257;
-constexpr uint32_t kLzwFirstFree = 258;
-constexpr uint32_t kLzwTableSize = 4096;
 constexpr uint32_t kLzwChunk = 16;
 
 // Upper bounds: strings grow by one byte a code at most.

@@ -92,11 +92,13 @@ int32_t EndOfRunAt(const Bytes& row, int32_t from, int32_t width, bool color) {
 
 void PutRow1D(BitWriter& out, const Bytes& row, int32_t width) {
     bool black = false;
-    for (int32_t x = 0; x < width; black = !black) {
+    int32_t x = 0;
+    do {
         const int32_t end = EndOfRunAt(row, x, width, black);
         PutRun(out, black, end - x);
         x = end;
-    }
+        black = !black;
+    } while (x < width);
 }
 
 void PutRow2D(BitWriter& out, const Bytes& row, const Bytes& above, int32_t width) {
@@ -480,6 +482,63 @@ Bytes EncodeReference(CompressionKey key, const Picture& picture, int32_t k) {
     for (int i = 0; i < (key == TIFF_KEY_GROUP4 ? 2 : 0); ++i)
         out.Put(kEndOfLine);
     return out.Take();
+}
+
+Encoded EncodeStrips(const EngineRun& run, const Picture& picture, int32_t k, size_t lines) {
+    Encoded result;
+    result.offsets.resize((run.height + run.rowsPerStrip - 1) / run.rowsPerStrip);
+    result.counts = result.offsets;
+    if (lines == 0) return result;
+    const CompressionKey key = run.key;
+    constexpr std::string_view kEndOfLine = "000000000001";
+    const bool group3 = (key & 0xFFFF) == 3, twoDimensional = group3 && (key & 0x10000) != 0;
+    const bool fill = (key & 0x40000) != 0;
+    BitWriter out;
+    const auto stepToNextByte = [&] {
+        do
+            out.Put("0");
+        while (out.count_ % 8 != 0);
+    };
+    const auto putEndOfLine = [&](std::string_view tag) {
+        if (fill && twoDimensional) out.AlignSoThat(13);
+        if (fill && !twoDimensional) stepToNextByte();
+        out.Put(kEndOfLine);
+        out.Put(tag);
+    };
+    const Bytes white(static_cast<size_t>(picture.width + 7) / 8);
+    Bytes above = white;
+    int32_t counter = k;
+    uint32_t stripStart = 0;
+    if (twoDimensional) putEndOfLine("1");
+    for (size_t y = 0; y < lines; ++y) {
+        const Bytes& row = picture.rows[y];
+        if (group3 && !twoDimensional) putEndOfLine("");
+        if (key == TIFF_KEY_GROUP4 || (twoDimensional && counter != k)) {
+            PutRow2D(out, row, above, picture.width);
+            ++counter;
+        } else {
+            PutRow1D(out, row, picture.width);
+            counter = 1;
+        }
+        if (twoDimensional) putEndOfLine(counter == k ? "1" : "0");
+        while (!group3 && key != TIFF_KEY_GROUP4 && out.count_ % 8 != 0)
+            out.Put("0");
+        above = row;
+        if ((y + 1) % run.rowsPerStrip != 0 && y + 1 != run.height) continue;
+        for (int i = 0; i < (key == TIFF_KEY_GROUP4 ? 2 : 0); ++i)
+            out.Put(kEndOfLine);
+        if (twoDimensional || key == TIFF_KEY_GROUP4) stepToNextByte();
+        above = white;
+        const size_t strip = y / run.rowsPerStrip;
+        result.offsets[strip] = stripStart;
+        result.counts[strip] = static_cast<uint32_t>(out.count_ / 8) - stripStart;
+        stripStart += result.counts[strip];
+    }
+    for (int i = 0; i < (!group3 ? 0 : twoDimensional ? 6 : 5); ++i)
+        putEndOfLine(twoDimensional ? "1" : "");
+    result.stream = out.Take();
+    result.stream.resize(out.count_ / 8);
+    return result;
 }
 
 Outcome ReferenceCcitt(const EngineRun& run) {

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <map>
+#include <numeric>
 #include <utility>
 
 namespace vellim::test {
@@ -19,6 +21,18 @@ void Undifference(Bytes& line, uint16_t bits) {
         const unsigned high = left + (byte >> 4);
         left = high + byte;
         byte = static_cast<uint8_t>(high << 4 | (left & 15U));
+    }
+}
+
+void Difference(Bytes& line, uint16_t bits) {
+    const size_t step = bits / 8;
+    for (size_t i = line.size(); bits >= 8 && i > step; --i)
+        line[i - 1] = static_cast<uint8_t>(line[i - 1] - line[i - 1 - step]);
+    if (bits != 4) return;
+    for (unsigned left = 0; uint8_t & byte : line) {
+        const unsigned high = byte >> 4, low = byte & 15U;
+        byte = static_cast<uint8_t>((high - left) << 4 | ((low - high) & 15U));
+        left = low;
     }
 }
 
@@ -78,7 +92,119 @@ struct Decoder {
     }
 };
 
+struct Encoder {
+    PlainSink& sink;
+    std::array<uint32_t, 4099> codes = {};
+    std::array<uint8_t, kSize> suffix = {};
+    std::array<int, kSize + 1> firstChild = {};  // [code + 1], the empty string being -1
+    std::array<int, kSize> nextSibling = {};
+    int current = -1;
+    uint32_t nextEntry = kFirst, checkedEntry = kFirst, startLine = 0;
+    uint32_t pending = 0, pendingBits = 0;
+    bool needClear = true;
+
+    void StartGeneration() {
+        firstChild.fill(-1);
+        firstChild[0] = 255;
+        std::iota(nextSibling.begin(), nextSibling.begin() + 256, -1);
+        std::iota(suffix.begin(), suffix.begin() + 256, uint8_t{0});
+        nextEntry = checkedEntry = kFirst;
+        startLine = sink.lineNumber;
+    }
+
+    uint32_t NextLine() {
+        const uint32_t code = sink.NextLine();
+        if (code == 0 && sink.run.key == TIFF_KEY_LZW_DIFFERENCING)
+            Difference(sink.line, sink.run.bits);
+        return code;
+    }
+
+    void Take(uint8_t byte) {
+        int& children = firstChild[static_cast<size_t>(current) + 1];
+        int child = children;
+        while (child >= 0 && suffix[static_cast<size_t>(child)] != byte)
+            child = nextSibling[static_cast<size_t>(child)];
+        if (child >= 0) {
+            current = child;
+            return;
+        }
+        suffix[nextEntry] = byte;
+        nextSibling[nextEntry] = children;
+        children = static_cast<int>(nextEntry);
+        Append(static_cast<uint32_t>(current));
+        current = byte;
+        if (nextEntry != kSize - 1) return;
+        Append(kClear);
+        WriteList(false);
+    }
+
+    void Append(uint32_t code) { codes[nextEntry++] = code; }
+    void AppendCurrent() {
+        if (current >= 0) Append(static_cast<uint32_t>(std::exchange(current, -1)));
+    }
+
+    void EndLine() {
+        const auto width = static_cast<uint32_t>(std::bit_width(nextEntry));
+        const bool isWorthIt = (nextEntry - checkedEntry) * width > sink.run.RowBytes() * 8 % 65536;
+        checkedEntry = nextEntry;
+        if (!isWorthIt || sink.lineNumber - startLine < 3) return;
+        AppendCurrent();
+        Append(kClear);
+        WriteList(false);
+    }
+
+    void EndStrip() {
+        AppendCurrent();
+        for (const uint32_t code : {kEnd, 0U, 0U, 0U})
+            Append(code);
+        WriteList(true);
+    }
+
+    void WriteList(bool isClosing) {
+        codes[kFirst - 1] = kClear;
+        for (uint32_t i = needClear ? kFirst - 1 : kFirst; i < nextEntry; ++i) {
+            const uint32_t width = i < 512 ? 9 : i < 1024 ? 10 : i < 2048 ? 11 : 12;
+            pending |= codes[i] << (32 - width - pendingBits);
+            pendingBits += width;
+            while (pendingBits >= 16) {
+                if (sink.Room() != 1) PutByte();
+                PutByte();
+            }
+        }
+        for (uint32_t bytes = isClosing ? (pendingBits + 15) / 16 * 2 : 0; bytes > 0; --bytes)
+            PutByte();
+        if (isClosing) pendingBits = 0;
+        needClear = isClosing;
+        StartGeneration();
+    }
+
+    void PutByte() {
+        sink.Put(static_cast<uint8_t>(pending >> 24));
+        pending <<= 8;
+        pendingBits -= 8;
+    }
+
+    uint32_t Run() {
+        uint32_t code = NextLine();
+        for (StartGeneration(); code == 0; code = NextLine()) {
+            if (sink.lineNumber > 1) EndLine();
+            for (const uint8_t byte : sink.line)
+                Take(byte);
+            if (sink.stripEnded) EndStrip();
+        }
+        return code;
+    }
+};
+
 }  // namespace
+
+Encoded ReferenceLzwEncoder(const EngineRun& run, const Answer& source) {
+    PlainSink sink{run, source};
+    const uint32_t code = Encoder{sink}.Run();
+    sink.encoded.code = code == 3 ? 0 : code;
+    if (sink.encoded.code == 0) sink.Flush();
+    return sink.encoded;
+}
 
 Outcome ReferenceLzw(const EngineRun& run, const Answer& answer) {
     PlainBuffers buffers{run, answer};

@@ -14,9 +14,9 @@
 namespace vellim::test {
 namespace {
 
-// TIFF 6.0, section 2, has the widths of the types 1 to 12.
+// TIFF 6.0, section 2, has the widths of the types 1 to 12; 13 is IFD.
 size_t UnitWidth(uint16_t type) {
-    constexpr size_t kWidths[] = {1, 1, 1, 2, 4, 4, 1, 1, 2, 4, 4, 4, 8};
+    constexpr size_t kWidths[] = {1, 1, 1, 2, 4, 4, 1, 1, 2, 4, 4, 4, 8, 4};
     return type < std::size(kWidths) ? kWidths[type] : 1;
 }
 
