@@ -1,4 +1,4 @@
-// Decoded lines on their way into a DIB. The decoder's line 0 is the top one, a DIB's row 0 the
+// Lines on their way into a DIB and out of it. A run's line 0 is the top one, a DIB's row 0 the
 // lowest; TIFF stores a 24-bit pixel red first, a DIB blue first.
 #include <algorithm>
 #include <cstddef>
@@ -6,36 +6,66 @@
 #include <utility>
 
 #include "vellim/load.h"
+#include "vellim/save.h"
 
 namespace {
 
 // The record behind the callback's value, or null when this line has no row in the DIB.
-const LoadLineContext* ContextOf(const uint8_t* line, uint32_t lineNumber, uintptr_t callbackData) {
-    const auto* context = reinterpret_cast<const LoadLineContext*>(callbackData);
+template <typename Context>
+const Context* ContextOf(const uint8_t* line, uint32_t lineNumber, uintptr_t callbackData) {
+    const auto* context = reinterpret_cast<const Context*>(callbackData);
     if (line == nullptr || context == nullptr || context->Bits == nullptr) return nullptr;
-    return lineNumber < context->Height ? context : nullptr;
+    return int64_t{lineNumber} < int64_t{context->Height} ? context : nullptr;
+}
+
+template <typename Context>
+uint8_t* RowOf(const Context& context, uint32_t lineNumber) {
+    const size_t row = static_cast<uint32_t>(context.Height) - 1 - lineNumber;
+    return context.Bits + row * context.StrideOrUsage;
+}
+
+void ExchangeRedAndBlue(uint8_t* line, uint32_t bytes) {
+    for (size_t i = 0; i + 2 < bytes; i += 3)
+        std::swap(line[i], line[i + 2]);
 }
 
 // A row's padding stays as it is. A line longer than its row is cut to it.
 void StoreLine(const LoadLineContext& context, const uint8_t* line, uint32_t lineNumber) {
-    const size_t row = context.Height - 1 - lineNumber;
-    std::memcpy(context.Bits + row * context.StrideOrUsage, line,
+    std::memcpy(RowOf(context, lineNumber), line,
+                std::min(context.LineBytes, context.StrideOrUsage));
+}
+
+void FetchLine(const SaveLineContext& context, uint8_t* line, uint32_t lineNumber) {
+    std::memcpy(line, RowOf(context, lineNumber),
                 std::min(context.LineBytes, context.StrideOrUsage));
 }
 
 }  // namespace
 
 uint32_t DllFlushTiffLineDIB(uint8_t* line, uint32_t lineNumber, uintptr_t callbackData) {
-    if (const auto* context = ContextOf(line, lineNumber, callbackData))
+    if (const auto* context = ContextOf<LoadLineContext>(line, lineNumber, callbackData))
         StoreLine(*context, line, lineNumber);
     return 0;
 }
 
 uint32_t DllFlushTiffLine24DIB(uint8_t* line, uint32_t lineNumber, uintptr_t callbackData) {
-    const auto* context = ContextOf(line, lineNumber, callbackData);
+    const auto* context = ContextOf<LoadLineContext>(line, lineNumber, callbackData);
     if (context == nullptr) return 0;
-    for (size_t i = 0; i + 2 < context->LineBytes; i += 3)
-        std::swap(line[i], line[i + 2]);
+    ExchangeRedAndBlue(line, context->LineBytes);
     StoreLine(*context, line, lineNumber);
+    return 0;
+}
+
+uint32_t DllFillTiffLineDIB(uint8_t* line, uint32_t lineNumber, uintptr_t callbackData) {
+    if (const auto* context = ContextOf<SaveLineContext>(line, lineNumber, callbackData))
+        FetchLine(*context, line, lineNumber);
+    return 0;
+}
+
+uint32_t DllFillTiffLineDIB24Bit(uint8_t* line, uint32_t lineNumber, uintptr_t callbackData) {
+    const auto* context = ContextOf<SaveLineContext>(line, lineNumber, callbackData);
+    if (context == nullptr) return 0;
+    FetchLine(*context, line, lineNumber);
+    ExchangeRedAndBlue(line, context->LineBytes);
     return 0;
 }

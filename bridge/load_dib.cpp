@@ -4,33 +4,17 @@
 #include <optional>
 
 #include "bridge/dib.h"
+#include "bridge/open_tiff.h"
 #include "container/failure.h"
 #include "container/sizes.h"
 #include "platform/guards.h"
 #include "vellim/decode.h"
-#include "vellim/files.h"
 #include "vellim/load.h"
 #include "vellim/queries.h"
 #include "vellim/tags.h"
 
 namespace vellim {
 namespace {
-
-// A file closed at the end of the scope.
-class OpenTiff {
-  public:
-    explicit OpenTiff(const char* path) : file_(OpenTiffFile(path, T_READ)) {}
-    ~OpenTiff() {
-        if (file_ != 0) CloseTiffFile(file_);
-    }
-    OpenTiff(const OpenTiff&) = delete;
-    OpenTiff& operator=(const OpenTiff&) = delete;
-
-    [[nodiscard]] TiffFileHandle Get() const { return file_; }
-
-  private:
-    TiffFileHandle file_;
-};
 
 // Sizes the rows of the picture that `header` describes, stores them there, and gives the bytes of
 // the whole DIB: nothing when the picture is above the limits or the sum isn't a 32-bit number.
@@ -110,8 +94,8 @@ DibHandle LoadImage(TiffFileHandle file, int32_t image) {
 
 DibHandle LoadTiffIntoDIB(const char* fileName, int32_t imageIndex, int32_t showInfo) {
     using namespace vellim;
-    const OpenTiff file(fileName);
-    if (file.Get() == 0 || GetTiffImage(file.Get(), imageIndex) == 0) return 0;
+    const OpenTiff file(fileName, T_READ);
+    if (!file || GetTiffImage(file.Get(), imageIndex) == 0) return 0;
     // No dialog can be run in this process, which counts as one that failed to.
     if (showInfo != 0) return Fail(TIFF_NO_MEMORY, DibHandle{0});
     return LoadImage(file.Get(), imageIndex);
