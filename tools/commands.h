@@ -1,6 +1,7 @@
 // The commands, what each is asked, and how the process ends.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -33,11 +34,44 @@ struct ConvertOptions {
     std::string output;
     std::string pages;   // empty: all
     std::string format;  // empty: by the output's ending
+    std::string dither;  // fs or threshold; empty: fs
+    uint32_t dpi = 0;    // 0: what the page has
     bool square = false;
+    bool force = false;
+
+    // For TIFF; empty or 0: not chosen.
+    std::string compression;
+    std::string byteOrder;  // ii or mm
+    uint32_t fillOrder = 0;
+    int32_t kFactor = 0;
+    bool append = false;
+};
+
+struct PagesOptions {
+    std::vector<std::string> inputs;
+    std::string output;              // empty: `split` is set
+    std::string split;               // a pattern of names, as "page-%03d.tif"
+    std::vector<std::string> pages;  // empty: all; one for all inputs, or one for each
+    bool append = false;
+    bool force = false;
+    bool acceptLoss = false;
+};
+
+struct TagOptions {
+    std::string file;
+    std::string action;               // list, get, set or delete
+    std::string tag;                  // its number or name; empty: none given
+    std::vector<std::string> values;  // for set
+    uint32_t image = 0;               // counted from 1; 0: not chosen
+    std::string type;                 // empty: not chosen
+    bool force = false;
+    bool acceptLoss = false;
 };
 
 Outcome RunInfo(const InfoOptions& options);
 Outcome RunCheck(const CheckOptions& options);
 Outcome RunConvert(const ConvertOptions& options);
+Outcome RunPages(const PagesOptions& options);
+Outcome RunTag(const TagOptions& options);
 
 }  // namespace vellim::tool

@@ -1,11 +1,12 @@
 // `vellim convert`: which pages go to which files, in which format.
 #include <algorithm>
+#include <cctype>
 
 #include "commands.h"
 #include "convert_page.h"
-#include "document.h"
 #include "messages.h"
 #include "page_list.h"
+#include "vellim/encode.h"
 
 namespace vellim::tool {
 namespace {
@@ -15,6 +16,11 @@ constexpr const char* kDefaultFormat = "png";
 Outcome Misused(const std::string& text) {
     Say("", kWholeFile, text);
     return Outcome::Usage;
+}
+
+Outcome Fail(const std::string& name, const std::string& why) {
+    Say(name, kWholeFile, why);
+    return Outcome::Failed;
 }
 
 // "scan.png" becomes "scan-07.png": as many digits as the document's last page has, so that the
@@ -33,71 +39,166 @@ std::string NumberedPath(const std::string& path, uint32_t page, uint32_t pages)
 }
 
 // The pages to convert, counted from 1; none, with the reason in `why`.
-std::vector<uint32_t> ChoosePages(const Document& document, const std::vector<PageRange>& ranges,
+std::vector<uint32_t> ChoosePages(const PageSource& source, const std::vector<PageRange>& ranges,
                                   std::string& why) {
     uint32_t missing = 0;
-    const auto count = static_cast<uint32_t>(document.imageCount);
-    auto pages = PagesOf(ranges, count, missing);
-    if (count == 0) {
+    auto pages = PagesOf(ranges, source.pageCount, missing);
+    if (source.pageCount == 0) {
         why = "there are no images in it";
     } else if (missing != 0) {
         why = "there is no page " + std::to_string(missing) + ": the last one is page " +
-              std::to_string(count);
+              std::to_string(source.pageCount);
         pages.clear();
     }
     return pages;
 }
 
-Outcome ConvertPages(const ConvertOptions& options, const Document& document,
-                     const OutputFormat& format, const std::vector<uint32_t>& pages) {
-    Outcome outcome = Outcome::Well;
+// What all pages have in common.
+PageRequest RequestOf(const ConvertOptions& options) {
+    PageRequest request;
+    request.square = options.square;
+    request.dpi = options.dpi;
+    if (options.dither == "threshold") request.halftone = Halftone::Threshold;
+    request.overwrite = options.force ? Overwrite::Allow : Overwrite::Refuse;
+    return request;
+}
+
+// Each page to a file of its own. No file is begun if one of them is in the way.
+Outcome ConvertToFiles(const ConvertOptions& options, const PageSource& source,
+                       const OutputFormat& format, const std::vector<uint32_t>& pages) {
+    PageRequest request = RequestOf(options);
+    request.format = &format;
     const bool numbered = pages.size() > 1 && options.output != "-";
+    const auto path = [&](uint32_t page) {
+        return numbered ? NumberedPath(options.output, page, source.pageCount) : options.output;
+    };
+    std::string why;
     for (const uint32_t page : pages) {
-        PageRequest request;
-        request.image = static_cast<int32_t>(page) - 1;
-        request.format = &format;
-        request.square = options.square;
-        request.path = numbered ? NumberedPath(options.output, page,
-                                               static_cast<uint32_t>(document.imageCount))
-                                : options.output;
-        outcome = Worse(outcome, ConvertPage(document, request));
+        if (!MayWrite(path(page), request.overwrite, why)) return Fail(path(page), why);
+    }
+    Outcome outcome = Outcome::Well;
+    for (const uint32_t page : pages) {
+        request.page = page - 1;
+        request.path = path(page);
+        outcome = Worse(outcome, ConvertPage(source, request).outcome);
     }
     return outcome;
+}
+
+std::string Count(size_t pages) {
+    return std::to_string(pages) + (pages == 1 ? " page" : " pages");
+}
+
+// Whether the file takes so many pages more.
+bool HasRoom(const TiffOutput& output, size_t pages, std::string& why) {
+    const auto there = static_cast<size_t>(output.imageCount);
+    if (there + pages <= TIFF_MAX_IMAGES) return true;
+    why = "a TIFF file holds " + Count(TIFF_MAX_IMAGES) + " at most, and this would be one of " +
+          std::to_string(there + pages);
+    return false;
+}
+
+// What was written, as far as it is a file.
+void Tell(const TiffOutput& output, size_t pages) {
+    if (output.copied) return;
+    std::string text = Count(pages);
+    if (output.imageCount > 0) {
+        text +=
+            " added, " + std::to_string(static_cast<size_t>(output.imageCount) + pages) + " in all";
+    }
+    Say(output.target, kWholeFile, text);
+}
+
+std::unique_ptr<TiffOutput> BeginTiffFile(const ConvertOptions& options, size_t pages,
+                                          std::string& why) {
+    const uint16_t byteOrder = options.byteOrder.empty()                   ? 0
+                               : std::tolower(options.byteOrder[0]) == 'm' ? TIFF_BIG_ENDIAN
+                                                                           : TIFF_LITTLE_ENDIAN;
+    const Overwrite mode = options.append  ? Overwrite::Append
+                           : options.force ? Overwrite::Allow
+                                           : Overwrite::Refuse;
+    auto output = CreateTiffOutput(options.output, byteOrder, mode, why);
+    if (output && !HasRoom(*output, pages, why)) output.reset();
+    return output;
+}
+
+// All pages to one file. A page of which nothing comes is left out; a file that can't be written,
+// or a source that ends in its midst, leaves nothing.
+Outcome ConvertToTiff(const ConvertOptions& options, const PageSource& source,
+                      const std::vector<uint32_t>& pages) {
+    std::string why;
+    const std::string name = options.output == "-" ? "standard output" : options.output;
+    const auto output = BeginTiffFile(options, pages.size(), why);
+    if (!output) return Fail(name, why);
+    PageRequest request = RequestOf(options);
+    std::set<std::string> notes;
+    request.tiff = output.get();
+    request.notes = &notes;
+    request.tiffOptions.compression = FindTiffCompression(options.compression);
+    if (options.fillOrder != 0) request.tiffOptions.fillOrder = options.fillOrder;
+
+    Outcome outcome = Outcome::Well;
+    size_t written = 0;
+    for (const uint32_t page : pages) {
+        request.page = page - 1;
+        const PageResult result = ConvertPage(source, request);
+        outcome = Worse(outcome, result.outcome);
+        if (result.spoilt) return outcome;
+        written += result.written ? 1 : 0;
+    }
+    if (written == 0) return outcome;
+    if (!CommitTiffOutput(*output, why)) return Fail(name, why);
+    Tell(*output, written);
+    return outcome;
+}
+
+const OutputFormat* ChooseFormat(const ConvertOptions& options) {
+    if (!options.format.empty()) return FindFormat(options.format);
+    return options.output == "-" ? FindFormat(kDefaultFormat) : FormatOfPath(options.output);
+}
+
+// What doesn't go together, in words; empty if all does.
+std::string Misuse(const ConvertOptions& options, const OutputFormat& format) {
+    const bool tiffOnly = !options.compression.empty() || !options.byteOrder.empty() ||
+                          options.fillOrder != 0 || options.kFactor != 0 || options.append;
+    if (tiffOnly && !IsTiff(format)) {
+        return "--compression, --byte-order, --fill-order, --k and --append are for TIFF files";
+    }
+    if (options.kFactor != 0 && options.compression != "g3-2d") {
+        return "--k is for --compression g3-2d";
+    }
+    if (options.append && options.force) return "--append and --force exclude one another";
+    return {};
 }
 
 }  // namespace
 
 Outcome RunConvert(const ConvertOptions& options) {
-    const bool toStandardOutput = options.output == "-";
-    const OutputFormat* format = !options.format.empty() ? FindFormat(options.format)
-                                 : toStandardOutput      ? FindFormat(kDefaultFormat)
-                                                         : FormatOfPath(options.output);
+    const OutputFormat* format = ChooseFormat(options);
     if (format == nullptr) {
         return Misused("the format can't be told from \"" +
                        Place(options.format.empty() ? options.output : options.format, kWholeFile) +
                        "\"; served are " + FormatNames());
     }
+    const std::string misuse = Misuse(options, *format);
+    if (!misuse.empty()) return Misused(misuse);
     const auto ranges = ParsePageList(options.pages.empty() ? "1-" : options.pages);
     if (!ranges) return Misused("--pages takes a list such as 1-3,7 or 5-");
+    if (options.kFactor != 0) SetKfactor(options.kFactor);
 
     std::string why;
-    const auto document = OpenDocument(options.input, why);
-    if (!document) {
-        Say(options.input, kWholeFile, why);
-        return Outcome::Failed;
-    }
-    const auto pages = ChoosePages(*document, *ranges, why);
-    if (pages.empty()) {
-        Say(options.input, kWholeFile, why);
-        return Outcome::Failed;
-    }
-    if (toStandardOutput && pages.size() > 1 && !format->chains) {
+    const auto source = OpenPageSource(options.input, why);
+    if (!source) return Fail(options.input, why);
+    const auto pages = ChoosePages(*source, *ranges, why);
+    if (pages.empty()) return Fail(options.input, why);
+    if (options.output == "-" && pages.size() > 1 && !format->chains) {
         return Misused("only one page can go to standard output as " + std::string(format->name) +
                        "; choose it with --pages");
     }
-    Outcome outcome = ConvertPages(options, *document, *format, pages);
-    if (document->chainBroken) {
-        Say(options.input, kWholeFile, BrokenChainMessage(*document));
+    Outcome outcome = IsTiff(*format) ? ConvertToTiff(options, *source, pages)
+                                      : ConvertToFiles(options, *source, *format, pages);
+    if (source->tiff && source->tiff->chainBroken) {
+        Say(options.input, kWholeFile, BrokenChainMessage(*source->tiff));
         outcome = Worse(outcome, Outcome::Damaged);
     }
     return outcome;

@@ -1,19 +1,19 @@
-// The road of a page: the decoder gives a stored line, which is brought to its right sense in
-// place; then it goes through the stages that this page needs (pixels made scalable, scaled, made
-// what the format wants) to the writer. Each stage holds a line or two, so that memory doesn't grow
-// with the page's height.
+// The road of a page: the source gives a stored line, which is brought to its right sense in place;
+// then it goes through the stages that this page needs (pixels made scalable, scaled, made what the
+// format wants) to the writer. Each stage holds a line or two, so that memory doesn't grow with the
+// page's height.
 //
 // The output is begun with the first line that comes: an image that gives none leaves no file, and
 // memory for a line's width is taken only after the library has accepted that width.
 #include "convert_page.h"
 
+#include <cmath>
 #include <new>
+#include <system_error>
 
 #include "line_scaler.h"
 #include "messages.h"
 #include "pixel_format.h"
-#include "stored_picture.h"
-#include "vellim/decode.h"
 #include "vellim/failures.h"
 
 namespace vellim::tool {
@@ -22,149 +22,202 @@ namespace {
 // Missing lines are made white up to this many bytes. A damaged page is far below it (A0 at 600
 // dots per inch is 70 MB); beyond it, a few bytes of rubbish ask for a disk full of nothing.
 constexpr uint64_t kMostFilledBytes = 4ULL << 30U;
+constexpr double kMetresPerInch = 0.0254;
 
 struct PageRun {
     const PageRequest* request = nullptr;
-    StoredPicture stored;
+    const PageInfo* source = nullptr;
     Picture shape;  // what it is to be drawn out to
+    std::optional<Resolution> resolution;
+    TiffPlan plan;
+    std::string failure;  // on the output's side; behind it in time come its users
     std::unique_ptr<OutputFile> output;
     LineSink stages;
     uint32_t linesCame = 0;
-    std::string failure;  // on the output's side
-    Progress progress;
+    Progress* progress = nullptr;
 };
 
-// Makes the stages, from the writer back to the decoder.
+bool IsScaled(const PageRun& run) {
+    const Picture& source = run.source->picture;
+    return run.shape.width != source.width || run.shape.height != source.height;
+}
+
+// The page behind the scaler, if there is one.
+Picture Scaled(const PageRun& run) {
+    Picture scaled = run.shape;
+    if (IsScaled(run)) scaled.type = ScalableType(scaled.type);
+    return scaled;
+}
+
+std::optional<LineSink> BeginTiffPage(PageRun& run, const Picture& target) {
+    TiffPage page;
+    page.picture = target;
+    page.whiteIsZero = run.plan.fax || run.source->whiteIsZero;
+    page.resolution = run.resolution;
+    page.carried = run.source->carried;
+    page.plan = run.plan;
+    return BeginTiff(page, *run.request->tiff, run.failure);
+}
+
+std::optional<LineSink> BeginFile(PageRun& run, const Picture& target) {
+    run.output = CreateOutput(run.request->path, run.request->overwrite, run.failure);
+    if (!run.output) return {};
+    auto writer = run.request->format->begin(target, *run.output);
+    if (!writer) run.failure = run.output->failure;
+    return writer;
+}
+
+// Makes the stages, from the writer back to the source.
 bool BeginOutput(PageRun& run) {
     const PageRequest& request = *run.request;
-    run.output = CreateOutput(request.path, run.failure);
-    if (!run.output) return false;
-
-    const Picture& source = run.stored.picture;
-    const bool scaled = run.shape.width != source.width || run.shape.height != source.height;
+    const bool toTiff = request.tiff != nullptr;
+    const Picture scaled = Scaled(run);
+    Picture target = scaled;
+    target.type = toTiff ? run.plan.type : request.format->written(scaled.type);
+    auto writer = toTiff ? BeginTiffPage(run, target) : BeginFile(run, target);
+    if (!writer) return false;
+    run.stages = ConvertShades(scaled, target.type, request.halftone, std::move(*writer));
+    if (!IsScaled(run)) return true;
+    const Picture& source = run.source->picture;
     Picture scalable = source;
-    if (scaled) scalable.type = ScalableType(source.type);
-    Picture written = run.shape;
-    written.type = scalable.type;
-    Picture target = written;
-    target.type = request.format->written(written.type);
-
-    auto writer = request.format->begin(target, *run.output);
-    if (!writer) {
-        run.failure = run.output->failure;
-        return false;
-    }
-    LineSink stages = ConvertPixels(written, target.type, std::move(*writer));
-    if (scaled) {
-        stages = ScaleLines(scalable, run.shape.width, run.shape.height, std::move(stages));
-        stages = ConvertPixels(source, scalable.type, std::move(stages));
-    }
-    run.stages = std::move(stages);
+    scalable.type = scaled.type;
+    run.stages = ScaleLines(scalable, scaled.width, scaled.height, std::move(run.stages));
+    run.stages = ConvertPixels(source, scalable.type, std::move(run.stages));
     return true;
+}
+
+// The TIFF writer tells its reason itself.
+bool FailWriting(PageRun& run) {
+    if (run.output) run.failure = run.output->failure;
+    return false;
 }
 
 bool TakeLine(PageRun& run, uint8_t* line) {
-    if (!run.output && !BeginOutput(run)) return false;
-    const Picture& source = run.stored.picture;
-    NormaliseLine(line, source.width, source.type, run.stored.whiteIsZero);
-    if (!run.stages.Put(line)) {
-        run.failure = run.output->failure;
-        return false;
-    }
+    if (run.linesCame == 0 && !BeginOutput(run)) return false;
+    const Picture& source = run.source->picture;
+    NormaliseLine(line, source.width, source.type, run.source->whiteIsZero);
+    if (!run.stages.Put(line)) return FailWriting(run);
+    ++run.linesCame;
+    run.progress->Step(run.linesCame);
     return true;
 }
 
-uint32_t OnLine(uint8_t* line, uint32_t lineNumber, uintptr_t callbackData) noexcept {
-    auto& run = *reinterpret_cast<PageRun*>(callbackData);
-    bool taken = false;
+bool OnLine(void* data, uint8_t* line) noexcept {
+    auto& run = *static_cast<PageRun*>(data);
     try {
-        taken = TakeLine(run, line);
+        return TakeLine(run, line);
     } catch (const std::bad_alloc&) {
         run.failure = FailureMessage(TIFF_NO_MEMORY);
+    } catch (const std::system_error& error) {  // no thread to be had
+        run.failure = error.what();
     }
-    if (!taken) return TIFF_IO_ERROR;
-    run.linesCame = lineNumber + 1;
-    run.progress.Step(run.linesCame);
-    return TIFF_LINE_GO_ON;
+    return false;
+}
+
+bool TooManyMissing(const PageRun& run) {
+    const Picture& source = run.source->picture;
+    const uint32_t missing = source.height - run.linesCame;
+    return RowBytes(source) * uint64_t{missing} > kMostFilledBytes;
 }
 
 bool FillWithWhite(PageRun& run) {
-    const Picture& source = run.stored.picture;
-    const uint32_t missing = source.height - run.linesCame;
-    if (RowBytes(source) * uint64_t{missing} > kMostFilledBytes) {
-        run.failure = "too many lines are missing to fill them with white";
-        return false;
-    }
+    const Picture& source = run.source->picture;
     const std::vector<uint8_t> white = WhiteLine(source);
-    for (uint32_t i = 0; i < missing; ++i) {
-        if (run.stages.Put(white.data())) continue;
-        run.failure = run.output->failure;
-        return false;
+    for (uint32_t y = run.linesCame; y < source.height; ++y) {
+        if (!run.stages.Put(white.data())) return FailWriting(run);
     }
     return true;
 }
 
 bool FinishOutput(PageRun& run) {
-    if (run.stages.Finish() && Commit(*run.output)) return true;
-    run.failure = run.output->failure;
-    return false;
+    if (!run.stages.Finish()) return FailWriting(run);
+    return !run.output || Commit(*run.output) || FailWriting(run);
 }
 
-// What the page is drawn out to; the page as it is where nothing can be made square.
-Picture ShapeOf(const Document& document, const PageRequest& request, const Picture& picture,
-                const ImageFacts& facts) {
-    if (!request.square) return picture;
-    if (!facts.resolution) {
-        Say(document.name, request.image, "it has no resolution, so its shape is left as it is");
-        return picture;
+// Draws out the page to square pixels; leaves it as it is where that can't be.
+void MakeSquare(const PageSource& source, PageRun& run) {
+    const auto image = static_cast<int32_t>(run.request->page);
+    if (!run.resolution) {
+        Say(source.name, image, "it has no resolution, so its shape is left as it is");
+        return;
     }
-    const auto squared = Squared(picture, *facts.resolution);
-    if (squared) return *squared;
-    Say(document.name, request.image,
-        "its resolutions make no sense, so its shape is left as it is");
-    return picture;
+    const auto squared = Squared(run.shape, *run.resolution);
+    if (!squared) {
+        Say(source.name, image, "its resolutions make no sense, so its shape is left as it is");
+        return;
+    }
+    const bool widened = squared->width != run.shape.width;
+    run.shape = *squared;
+    (widened ? run.resolution->x : run.resolution->y) =
+        widened ? run.resolution->y : run.resolution->x;
 }
 
-Outcome Fail(const Document& document, const PageRequest& request, const std::string& why) {
-    Say(document.name, request.image, why);
-    return Outcome::Failed;
+void SetDotsPerInch(PageRun& run, uint32_t dpi) {
+    run.resolution = Resolution{{dpi, 1}, {dpi, 1}, kInch};
+    run.shape.pelsPerMetreX = static_cast<uint32_t>(std::lround(dpi / kMetresPerInch));
+    run.shape.pelsPerMetreY = run.shape.pelsPerMetreX;
+    run.shape.absoluteResolution = true;
 }
 
-Outcome FailOutput(const PageRequest& request, const std::string& why) {
-    Say(request.path == "-" ? "standard output" : request.path, kWholeFile, why);
-    return Outcome::Failed;
+// A raster file that can't be read to its end is no document with a damaged page in it.
+PageResult Fail(const PageSource& source, const PageRequest& request, const std::string& why) {
+    Say(source.name, static_cast<int32_t>(request.page), why);
+    return {Outcome::Failed, false, !source.tiff};
+}
+
+PageResult FailOutput(const PageRequest& request, const std::string& why) {
+    const std::string& path = request.tiff != nullptr ? request.tiff->target : request.path;
+    Say(path == "-" ? "standard output" : path, kWholeFile, why);
+    return {Outcome::Failed, false, true};
+}
+
+// What is to be done at the end of the lines.
+PageResult Finish(const PageSource& source, PageRun& run, const LinesEnd& end) {
+    const PageRequest& request = *run.request;
+    if (!run.failure.empty()) return FailOutput(request, run.failure);
+    const uint32_t due = run.source->picture.height;
+    const bool damaged = run.linesCame < due;
+    if (damaged) {
+        const PageResult failed =
+            Fail(source, request, end.reason + " (" + LinesOf(run.linesCame, due) + " came)");
+        if (!end.worthKeeping || run.linesCame == 0) return failed;
+        if (TooManyMissing(run)) {
+            return Fail(source, request, "too many lines are missing to fill them with white");
+        }
+        if (!FillWithWhite(run)) return FailOutput(request, run.failure);
+    }
+    if (!FinishOutput(run)) return FailOutput(request, run.failure);
+    return {damaged || !end.whole ? Outcome::Damaged : Outcome::Well, true, false};
 }
 
 }  // namespace
 
-Outcome ConvertPage(const Document& document, const PageRequest& request) {
-    const LoadedImage loaded(document.File(), request.image);
-    if (!loaded) return Fail(document, request, FailureInWords(TiffError()));
-    const ImageFacts facts = GatherFacts(document.File(), request.image);
+PageResult ConvertPage(const PageSource& source, const PageRequest& request) {
     std::string why;
-    auto stored = DescribePicture(document.File(), request.image, facts, why);
-    if (!stored) return Fail(document, request, why);
+    const OwnedPage page = OpenPage(source, request.page, why);
+    if (!page) return Fail(source, request, why);
+    const PageInfo& info = InfoOf(*page);
 
-    const Picture shape = ShapeOf(document, request, stored->picture, facts);
-    const uint32_t due = stored->picture.height;
-    PageRun run{&request, std::move(*stored),
-                shape,    nullptr,
-                {},       0,
-                "",       Progress(document.name, request.image, due)};
-    const bool whole = DecodeTiffImage(document.File(), request.image, 0, 0,
-                                       reinterpret_cast<uintptr_t>(&run), OnLine) != 0;
-    const int32_t code = whole ? int32_t{TIFF_UNEXPECTED_END} : TiffError();
-    if (!run.failure.empty()) return FailOutput(request, run.failure);
-
-    const bool damaged = run.linesCame < due;
-    if (damaged) {
-        Say(document.name, request.image,
-            FailureMessage(code) + " (" + LinesOf(run.linesCame, due) + " came)");
+    Progress progress(source.name, static_cast<int32_t>(request.page), info.picture.height);
+    PageRun run;
+    run.request = &request;
+    run.source = &info;
+    run.shape = info.picture;
+    run.resolution = info.resolution;
+    run.progress = &progress;
+    if (request.square) MakeSquare(source, run);
+    if (request.dpi != 0) SetDotsPerInch(run, request.dpi);
+    if (request.tiff != nullptr) {
+        auto plan = PlanTiffPage(Scaled(run), request.tiffOptions, why);
+        if (!plan) return Fail(source, request, why);
+        for (const std::string& note : plan->notes) {
+            if (!request.notes->insert(note).second) continue;
+            Say(source.name, static_cast<int32_t>(request.page), note);
+        }
+        run.plan = std::move(*plan);
     }
-    if (run.linesCame == 0) return Outcome::Failed;
-    if (damaged && !FillWithWhite(run)) return FailOutput(request, run.failure);
-    if (!FinishOutput(run)) return FailOutput(request, run.failure);
-    return damaged || !whole ? Outcome::Damaged : Outcome::Well;
+    const LinesEnd end = PushLines(*page, {OnLine, &run});
+    return Finish(source, run, end);
 }
 
 }  // namespace vellim::tool

@@ -1,22 +1,43 @@
 // One page to one picture.
 #pragma once
 
+#include <set>
 #include <string>
 
 #include "commands.h"
-#include "document.h"
+#include "halftone.h"
 #include "output_formats.h"
+#include "page_source.h"
+#include "passing_file.h"
+#include "tiff_writer.h"
 
 namespace vellim::tool {
 
 struct PageRequest {
-    int32_t image = 0;  // counted from 0
-    std::string path;   // "-": standard output
-    const OutputFormat* format = nullptr;
+    uint32_t page = 0;  // counted from 0
     bool square = false;
+    uint32_t dpi = 0;  // 0: the page's own
+    Halftone halftone = Halftone::FloydSteinberg;
+
+    // To a file of its own:
+    const OutputFormat* format = nullptr;
+    std::string path;  // "-": standard output
+    Overwrite overwrite = Overwrite::Refuse;
+
+    // or, in place of that, to a TIFF file:
+    TiffOutput* tiff = nullptr;
+    TiffOptions tiffOptions;
+    std::set<std::string>* notes = nullptr;  // what was told already
+};
+
+struct PageResult {
+    Outcome outcome = Outcome::Failed;
+    bool written = false;
+    // What a TIFF file was to hold isn't all there, for a reason that isn't the page's damage.
+    bool spoilt = false;
 };
 
 // Converts a page; failures are told on standard error.
-Outcome ConvertPage(const Document& document, const PageRequest& request);
+PageResult ConvertPage(const PageSource& source, const PageRequest& request);
 
 }  // namespace vellim::tool

@@ -75,15 +75,15 @@ bool OpenFromMemory(int descriptor, Document& document, std::string& why) {
     return true;
 }
 
-// Opens by path, or by the descriptor's name where the path is too long. False if neither serves.
-bool OpenByName(const std::string& path, Document& document) {
-    if (path.size() < TIFF_PATH_BYTES) {
-        document.tiff.Reset(OpenTiffFile(path.c_str(), T_READ));
-        return true;
-    }
+void OpenByName(const std::string& name, Document& document) {
+    document.tiff.Reset(OpenTiffFile(name.c_str(), T_READ));
+}
+
+// Opens by the descriptor's name. False where there is no such name.
+bool OpenByDescriptor(Document& document) {
     const std::string name = "/proc/self/fd/" + std::to_string(document.descriptor.Get());
     if (access(name.c_str(), R_OK) != 0) return false;
-    document.tiff.Reset(OpenTiffFile(name.c_str(), T_READ));
+    OpenByName(name, document);
     return true;
 }
 
@@ -105,7 +105,22 @@ bool OpenPath(const std::string& path, Document& document, std::string& why) {
         why = "it is empty";
         return false;
     }
-    return OpenByName(path, document) || OpenFromMemory(document.descriptor.Get(), document, why);
+    if (path.size() < TIFF_PATH_BYTES) {
+        OpenByName(path, document);
+        return true;
+    }
+    return OpenByDescriptor(document) || OpenFromMemory(document.descriptor.Get(), document, why);
+}
+
+// What was asked for, once the library has answered.
+std::optional<Document> Finish(Document document, std::string& why) {
+    if (!document.tiff) {
+        why = FailureInWords(TiffError());
+        return {};
+    }
+    document.chainBroken = TiffError() == TIFF_IO_ERROR;
+    document.imageCount = NumberOfTiffImages(document.File(), TIFF_ALL_IMAGES);
+    return document;
 }
 
 }  // namespace
@@ -116,13 +131,20 @@ std::optional<Document> OpenDocument(const std::string& path, std::string& why) 
     const bool asked =
         path == "-" ? OpenFromMemory(STDIN_FILENO, document, why) : OpenPath(path, document, why);
     if (!asked) return {};
-    if (!document.tiff) {
-        why = FailureInWords(TiffError());
+    return Finish(std::move(document), why);
+}
+
+std::optional<Document> OpenDocument(const std::string& name, OwnedDescriptor descriptor,
+                                     std::string& why) {
+    Document document;
+    document.name = name;
+    document.descriptor = std::move(descriptor);
+    const int from = document.descriptor.Get();
+    if (!OpenByDescriptor(document) &&
+        (lseek(from, 0, SEEK_SET) != 0 || !OpenFromMemory(from, document, why))) {
         return {};
     }
-    document.chainBroken = TiffError() == TIFF_IO_ERROR;
-    document.imageCount = NumberOfTiffImages(document.File(), TIFF_ALL_IMAGES);
-    return document;
+    return Finish(std::move(document), why);
 }
 
 std::string BrokenChainMessage(const Document& document) {

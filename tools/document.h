@@ -23,6 +23,10 @@ struct Document {
 // Opens `path`, or standard input for "-". Nothing, with the reason in `why`, if it can't be.
 std::optional<Document> OpenDocument(const std::string& path, std::string& why);
 
+// Opens the regular file that stands behind `descriptor`; `name` is for messages.
+std::optional<Document> OpenDocument(const std::string& name, OwnedDescriptor descriptor,
+                                     std::string& why);
+
 // "the chain of images is broken behind image 3"
 std::string BrokenChainMessage(const Document& document);
 

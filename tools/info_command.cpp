@@ -91,14 +91,7 @@ std::string FactsInWords(const ImageFacts& facts) {
 void PrintTags(TiffFileHandle file, int32_t image) {
     for (const uint32_t tag : ReadTagNumbers(file, image)) {
         const auto value = ReadTag(file, image, tag);
-        if (!value) continue;
-        const std::string_view name = TagName(tag);
-        std::array<char, 96> head{};
-        std::snprintf(head.data(), head.size(), "  %5u %-28.*s %-9s %7u  ", tag,
-                      static_cast<int>(name.empty() ? 1 : name.size()),
-                      name.empty() ? "-" : name.data(), TypeName(value->type).c_str(),
-                      value->count);
-        Print(head.data() + PlainValue(*value));
+        if (value) Print(TagLine(*value));
     }
 }
 

@@ -1,5 +1,6 @@
 // The command line: what can be asked, and how it is told.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -18,7 +19,10 @@ constexpr const char* kAbout = R"(Examples:
   vellim info --json *.tif                the same for programs
   vellim convert fax.tif fax.png          every page: fax-1.png, fax-2.png, ...
   vellim convert --pages 2 fax.tif p.pbm  one page
+  vellim convert scan.png fax.tif         a picture as a TIFF file
   vellim check *.tif                      decode all and tell what is damaged
+  vellim pages a.tif b.tif -o both.tif    pages put together, data as it is stored
+  vellim tag fax.tif set Artist "J. Doe"  a tag changed
 
 vellim reads scanned documents and faxes in TIFF files.
 )";
@@ -48,11 +52,25 @@ constexpr const char* kAboutConvert = R"(Examples:
   vellim convert --pages 1-3,7 fax.tif p.png  p-1.png, p-2.png, p-3.png, p-7.png
   vellim convert --square fax.tif fax.png     a 204 x 98 fax in its true shape
   vellim convert --pages 1 - - <a.tif >a.png  from and to a pipe
+  vellim convert scan.png scan.tif            colours with LZW, black and white as Group 4
+  vellim convert photo.bmp f.tif --compression g4 --dpi 204
+  vellim convert more.png doc.tif --append    behind the pages that are there
 
-Writes the pages of a TIFF file as PNG, BMP, PBM, PGM or PPM, by the ending of OUT.
-Several pages go to numbered files; a single page keeps the name. PBM makes colours
-grey and grey black or white; PGM makes colours grey. A file takes its name only
-when it is whole. Of a damaged image the lines that came are kept, the rest is white.
+Reads TIFF, PNG, BMP (not compressed) and PNM files, told by their content, and writes
+PNG, BMP, PBM, PGM, PPM or TIFF by the ending of OUT. TIFF takes all pages into one
+file; else several pages go to numbered files, and a single page keeps the name.
+
+A TIFF page is compressed as suits it, unless --compression chooses: black and white
+with g4, greys of 8 bits and RGB with lzw-diff, the rest with lzw. The CCITT
+compressions (g3: without EOL; g3-eol; g3-2d; g4) and PBM are black and white: shades
+become dots, which is best for pictures, or by --dither threshold what is lighter than
+half of white becomes white, which is best for clean text. PGM makes colours grey. A
+page of unknown resolution gets none, unless --dpi gives one. Titles, dates and the
+like go from TIFF to TIFF.
+
+A file that is there stays, unless --force or --append is given, and a new one takes its
+name only when it is whole. Of a damaged TIFF page the lines that came are kept, the rest
+is white; a damaged file of the other kinds is refused.
 )";
 
 constexpr const char* kAboutCheck = R"(Examples:
@@ -61,6 +79,45 @@ constexpr const char* kAboutCheck = R"(Examples:
 
 Decodes every image to its end and tells how many of its lines came, and why the
 others didn't.
+)";
+
+constexpr const char* kAboutPages = R"(Examples:
+  vellim pages a.tif b.tif -o both.tif                    put together
+  vellim pages fax.tif --pages 2- -o rest.tif             without the first page
+  vellim pages doc.tif --pages 3,1-2,9-7 -o new.tif       in another order
+  vellim pages a.tif b.tif --pages 1 --pages 2- -o c.tif  a list for each file
+  vellim pages more.tif -o doc.tif --append               behind what is there
+  vellim pages doc.tif --split page-%03d.tif              page-001.tif, page-002.tif, ...
+
+Copies pages with all their tags and their data as it is stored, which costs no
+quality. A LIST keeps the order in which it is written; a page may come twice and a
+range may run backwards. Given once, it applies to every IN. With --split, %d is the
+page's number, counted on from file to file. A new file has the byte order of the
+first IN.
+
+Directories that a tag points to (Exif data, sub-images) and images behind a broken
+chain or the thousandth can't be copied: nothing is written, unless --accept-loss is
+given. A file takes its name only when it is whole.
+)";
+
+constexpr const char* kAboutTag = R"(Examples:
+  vellim tag fax.tif list
+  vellim tag fax.tif get XResolution
+  vellim tag fax.tif set Artist "Jane Doe" --image 2
+  vellim tag fax.tif set XResolution 204
+  vellim tag fax.tif set 65000 1 2 3 --type SHORT
+  vellim tag fax.tif delete Software
+
+ACTION is list, get, set or delete. A tag is named as "vellim info --tags" does, in
+any case, or by its number. A new value has the type given with --type, else the one
+that the tag has, else the one that is laid down for it. In front of a first value
+that begins with a dash stands "--".
+
+Setting and deleting write the file anew, byte order II, and put it in the old one's
+place in one step. A tag that tells how the image is stored is changed with --force
+alone. Directories that a tag points to (Exif data, sub-images) and images behind a
+broken chain or the thousandth would be lost: the file is left as it is, unless
+--accept-loss is given. Deleting a tag that isn't there changes nothing.
 )";
 
 // A command is told in one line in the list of commands, and by `about` in its own help, which is
@@ -80,17 +137,48 @@ CLI::App* AddInfo(CLI::App& app, InfoOptions& options) {
     return command;
 }
 
+// What TIFF alone has.
+void AddTiffOptions(CLI::App& command, ConvertOptions& options) {
+    constexpr int32_t kMostK = 1000000;
+    command.add_option("--compression", options.compression, "How pages are compressed (TIFF)")
+        ->check(
+            CLI::IsMember({"none", "packbits", "lzw", "lzw-diff", "g3", "g3-eol", "g3-2d", "g4"}));
+    command.add_flag("--append", options.append, "Keep the pages that the file has already (TIFF)");
+    command
+        .add_option("--byte-order", options.byteOrder,
+                    "ii or mm (TIFF; ii, or that of the file appended to)")
+        ->check(CLI::IsMember({"ii", "mm"}, CLI::ignore_case));
+    command
+        .add_option("--fill-order", options.fillOrder,
+                    "2 stores the leftmost pixel in the low bit (TIFF, black and white; 1)")
+        ->check(CLI::Range(1, 2));
+    command
+        .add_option("--k", options.kFactor, "With g3-2d, code every Nth line by itself, from 2 (2)")
+        ->check(CLI::Range(2, kMostK));
+}
+
 CLI::App* AddConvert(CLI::App& app, ConvertOptions& options) {
+    constexpr uint32_t kMostDotsPerInch = 65535;
     CLI::App* command =
-        AddCommand(app, "convert", "Write pages as PNG, BMP, PBM, PGM or PPM", kAboutConvert);
-    command->add_option("IN", options.input, "A TIFF file, or - for standard input")->required();
+        AddCommand(app, "convert", "Write pages as TIFF, PNG, BMP, PBM, PGM or PPM", kAboutConvert);
+    command
+        ->add_option("IN", options.input, "A TIFF, PNG, BMP or PNM file, or - for standard input")
+        ->required();
     command->add_option("OUT", options.output, "The file to write, or - for standard output")
         ->required();
     command->add_option("--pages", options.pages, "Pages to convert, such as 1-3,7 or 5- (all)");
     command->add_option("--format", options.format,
-                        "png, bmp, pbm, pgm or ppm, whatever the ending of OUT (for -: png)");
+                        "png, bmp, pbm, pgm, ppm or tif, whatever the ending of OUT (for -: png)");
+    command->add_flag("--force", options.force, "Replace files that are there already");
     command->add_flag("--square", options.square,
                       "Draw out the axis of lower resolution, so that pixels become square");
+    command->add_option("--dpi", options.dpi, "Dots an inch of the pages, whatever IN says")
+        ->check(CLI::Range(1U, kMostDotsPerInch));
+    command
+        ->add_option("--dither", options.dither,
+                     "How shades become black and white (fs: Floyd-Steinberg)")
+        ->check(CLI::IsMember({"fs", "threshold"}));
+    AddTiffOptions(*command, options);
     return command;
 }
 
@@ -101,6 +189,37 @@ CLI::App* AddCheck(CLI::App& app, CheckOptions& options) {
     return command;
 }
 
+CLI::App* AddPages(CLI::App& app, PagesOptions& options) {
+    CLI::App* command =
+        AddCommand(app, "pages", "Put together, take out, reorder and split pages", kAboutPages);
+    command->add_option("IN", options.inputs, "TIFF files, or - for standard input")->required();
+    command->add_option("-o,--output", options.output, "The file to write");
+    command->add_option("--split", options.split, "Names of a file for each page, with %d or %03d");
+    command->add_option("--pages", options.pages, "Pages to copy, such as 3,1-2,9-7 or 5- (all)")
+        ->allow_extra_args(false);
+    command->add_flag("--append", options.append, "Keep the pages that the file has already");
+    command->add_flag("--force", options.force, "Replace files that are there already");
+    command->add_flag("--accept-loss", options.acceptLoss, "Leave behind what can't be copied");
+    return command;
+}
+
+CLI::App* AddTag(CLI::App& app, TagOptions& options) {
+    CLI::App* command =
+        AddCommand(app, "tag", "List, show, set and delete tags of an image", kAboutTag);
+    command->add_option("FILE", options.file, "A TIFF file")->required();
+    command->add_option("ACTION", options.action, "list, get, set or delete")
+        ->required()
+        ->check(CLI::IsMember({"list", "get", "set", "delete"}));
+    command->add_option("TAG", options.tag, "A tag, by its name or number");
+    command->add_option("VALUE", options.values, "What to set the tag to");
+    command->add_option("--image", options.image, "The image, counted from 1")
+        ->check(CLI::PositiveNumber);
+    command->add_option("--type", options.type, "The type of the new value: ASCII, SHORT, ...");
+    command->add_flag("--force", options.force, "Change what tells how the image is stored");
+    command->add_flag("--accept-loss", options.acceptLoss, "Lose what can't be carried over");
+    return command;
+}
+
 std::string VersionText() {
     constexpr int kEnough = 64;
     std::array<char, kEnough> version{};
@@ -108,14 +227,39 @@ std::string VersionText() {
     return std::string("vellim, on libvellim ") + version.data();
 }
 
-// Help and version are no failures; any other way out of the parser is a wrong usage.
+// Help and version are no failures; any other way out of the parser is a wrong usage. A word in
+// the place of a command, which the parser leaves over, is named.
 Outcome LeaveParser(const CLI::App& app, const CLI::ParseError& way) {
     if (way.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
         app.exit(way);
         return Outcome::Well;
     }
-    Say("", kWholeFile, std::string(way.what()) + "; vellim --help tells more");
+    const std::vector<std::string> left = app.remaining();
+    const bool unknown = app.get_subcommands().empty() && !left.empty();
+    const char* kind = unknown && left.front().front() == '-' ? "option " : "command ";
+    const std::string what =
+        unknown ? std::string("there is no ") + kind + Place(left.front(), kWholeFile) : way.what();
+    Say("", kWholeFile, what + "; vellim --help tells more");
     return Outcome::Usage;
+}
+
+// The parser takes a word in brackets for a list and would break "[draft]" up. A zero, which no
+// argument can hold, stands behind such words until they have been told apart.
+std::vector<std::string> ShieldedArguments(int argc, char** argv) {
+    std::vector<std::string> arguments(argv + 1, argv + argc);
+    for (std::string& argument : arguments) {
+        if (argument.starts_with('[') && argument.ends_with(']')) argument += '\0';
+    }
+    std::reverse(arguments.begin(), arguments.end());  // as the parser wants them
+    return arguments;
+}
+
+void UnshieldArguments(CLI::App& app) {
+    for (CLI::App* command : app.get_subcommands({})) {
+        for (CLI::Option* option : command->get_options())
+            option->transform(
+                [](const std::string& word) { return word.substr(0, word.find('\0')); });
+    }
 }
 
 Outcome Run(int argc, char** argv) {
@@ -127,17 +271,24 @@ Outcome Run(int argc, char** argv) {
     InfoOptions info;
     ConvertOptions convert;
     CheckOptions check;
+    PagesOptions pages;
+    TagOptions tag;
     const CLI::App* infoCommand = AddInfo(app, info);
     const CLI::App* convertCommand = AddConvert(app, convert);
     const CLI::App* checkCommand = AddCheck(app, check);
+    const CLI::App* pagesCommand = AddPages(app, pages);
+    const CLI::App* tagCommand = AddTag(app, tag);
 
     try {
-        app.parse(argc, argv);
+        UnshieldArguments(app);
+        app.parse(ShieldedArguments(argc, argv));
     } catch (const CLI::ParseError& way) {
         return LeaveParser(app, way);
     }
     if (infoCommand->parsed()) return RunInfo(info);
     if (convertCommand->parsed()) return RunConvert(convert);
+    if (pagesCommand->parsed()) return RunPages(pages);
+    if (tagCommand->parsed()) return RunTag(tag);
     return checkCommand->parsed() ? RunCheck(check) : Outcome::Usage;
 }
 

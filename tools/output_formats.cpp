@@ -21,12 +21,14 @@ PixelType AsRgb(PixelType /*type*/) {
     return kRgb;
 }
 
-constexpr std::array<OutputFormat, 5> kFormats = {{
+constexpr std::array<OutputFormat, 7> kFormats = {{
     {"png", false, AsItIs, BeginPng},
     {"bmp", false, AsItIs, BeginBmp},
     {"pbm", true, AsBilevel, BeginPnm},
     {"pgm", true, AsGrey, BeginPnm},
     {"ppm", true, AsRgb, BeginPnm},
+    {"tif", true, nullptr, nullptr},
+    {"tiff", true, nullptr, nullptr},
 }};
 
 bool SameName(std::string_view a, std::string_view b) {

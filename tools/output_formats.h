@@ -20,13 +20,18 @@ struct OutputFormat {
     std::optional<LineSink> (*begin)(const Picture& picture, OutputFile& output);
 };
 
+// TIFF has neither: all pages go to one file (tiff_writer.h).
+inline bool IsTiff(const OutputFormat& format) {
+    return format.begin == nullptr;
+}
+
 // By name ("png"), case aside; null if there is none.
 const OutputFormat* FindFormat(std::string_view name);
 
 // By the ending of a file name.
 const OutputFormat* FormatOfPath(std::string_view path);
 
-// "png, bmp, pbm, pgm, ppm"
+// "png, bmp, pbm, pgm, ppm, tif, tiff"
 std::string FormatNames();
 
 std::optional<LineSink> BeginPng(const Picture& picture, OutputFile& output);

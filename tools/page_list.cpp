@@ -16,7 +16,7 @@ std::optional<uint32_t> ParsePage(std::string_view text) {
     return page;
 }
 
-std::optional<PageRange> ParseRange(std::string_view text) {
+std::optional<PageRange> ParseRange(std::string_view text, Direction direction) {
     const size_t dash = text.find('-');
     if (dash == std::string_view::npos) {
         const auto page = ParsePage(text);
@@ -32,7 +32,7 @@ std::optional<PageRange> ParseRange(std::string_view text) {
     }
     if (dash + 1 < text.size()) {
         const auto last = ParsePage(text.substr(dash + 1));
-        if (!last || *last < range.first) return {};
+        if (!last || (*last < range.first && direction == Direction::Forwards)) return {};
         range.last = *last;
     }
     return range;
@@ -40,11 +40,11 @@ std::optional<PageRange> ParseRange(std::string_view text) {
 
 }  // namespace
 
-std::optional<std::vector<PageRange>> ParsePageList(std::string_view text) {
+std::optional<std::vector<PageRange>> ParsePageList(std::string_view text, Direction direction) {
     std::vector<PageRange> ranges;
     for (;;) {
         const size_t comma = text.find(',');
-        const auto range = ParseRange(text.substr(0, comma));
+        const auto range = ParseRange(text.substr(0, comma), direction);
         if (!range) return {};
         ranges.push_back(*range);
         if (comma == std::string_view::npos) return ranges;
@@ -67,6 +67,24 @@ std::vector<uint32_t> PagesOf(const std::vector<PageRange>& ranges, uint32_t cou
     std::vector<uint32_t> pages;
     for (uint32_t page = 1; page <= count; ++page) {
         if (wanted[page - 1]) pages.push_back(page);
+    }
+    return pages;
+}
+
+std::vector<uint32_t> PagesAsWritten(const std::vector<PageRange>& ranges, uint32_t count,
+                                     size_t most, uint32_t& missing) {
+    std::vector<uint32_t> pages;
+    missing = 0;
+    for (const PageRange& range : ranges) {
+        const uint32_t last = range.last == UINT32_MAX ? count : range.last;
+        if (range.first > count) missing = range.first;
+        if (last > count) missing = last;
+        if (missing != 0) return pages;
+        const bool backwards = last < range.first;
+        for (uint32_t page = range.first; pages.size() <= most; backwards ? --page : ++page) {
+            pages.push_back(page);
+            if (page == last) break;
+        }
     }
     return pages;
 }

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <iterator>
 
 namespace vellim::tool {
@@ -239,10 +240,48 @@ std::string FindOr(const Table& table, uint32_t number, const char* kind) {
     return name;
 }
 
+char LowerCase(char letter) {
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
+bool SameButForCase(std::string_view a, std::string_view b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](char x, char y) { return LowerCase(x) == LowerCase(y); });
+}
+
+// The number that `text` is or that goes by its name; 0: none.
+template <typename Table>
+uint32_t FindNumber(const Table& table, std::string_view text) {
+    uint32_t number = 0;
+    const char* end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data(), end, number);
+    if (error == std::errc() && rest == end) return number;
+    const auto found = std::find_if(table.begin(), table.end(), [&](const Name& row) {
+        return SameButForCase(row.name, text);
+    });
+    return found == table.end() ? 0 : found->number;
+}
+
 }  // namespace
 
 std::string_view TagName(uint32_t tag) {
     return Find(kTagNames, tag);
+}
+
+std::string TagInWords(uint32_t tag) {
+    const std::string number = std::to_string(tag);
+    const std::string_view name = TagName(tag);
+    return name.empty() ? "tag " + number : std::string(name) + " (" + number + ")";
+}
+
+uint32_t FindTag(std::string_view numberOrName) {
+    const uint32_t tag = FindNumber(kTagNames, numberOrName);
+    return tag <= UINT16_MAX ? tag : 0;
+}
+
+uint32_t FindType(std::string_view numberOrName) {
+    const uint32_t type = FindNumber(kTypeNames, numberOrName);
+    return type <= kTypeNames.back().number ? type : 0;
 }
 
 std::string TypeName(uint32_t type) {

@@ -10,6 +10,15 @@ namespace vellim::tool {
 // "ImageWidth"; empty for a tag without a known name.
 std::string_view TagName(uint32_t tag);
 
+// "ImageWidth (256)"; "tag 40000".
+std::string TagInWords(uint32_t tag);
+
+// The tag that a person means by its number or by its name in any case; 0: none.
+uint32_t FindTag(std::string_view numberOrName);
+
+// The same for a field type of TIFF 6.0, section 2: "SHORT" or "3".
+uint32_t FindType(std::string_view numberOrName);
+
 // "SHORT"; "type 77" for a type that TIFF 6.0 doesn't have.
 std::string TypeName(uint32_t type);
 

@@ -6,6 +6,8 @@
 #include "tag_values.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <cstring>
 
 #include "handles.h"
@@ -141,22 +143,45 @@ std::string ReadText(TiffFileHandle file, int32_t image, uint32_t tag) {
     return strings.empty() ? std::string() : std::string(strings.front());
 }
 
+std::vector<std::string> ElementsInWords(const TagValue& value, size_t most) {
+    std::vector<std::string> words;
+    if (value.type == TIFF_TYPE_ASCII) {
+        for (const std::string_view text : Strings(value))
+            words.emplace_back(text);
+        words.resize(std::min(words.size(), most));
+        return words;
+    }
+    const size_t count = std::min(ElementCount(value), most);
+    for (size_t i = 0; i < count; ++i) {
+        if (value.type == TIFF_TYPE_RATIONAL) {
+            const Rational ratio = RationalAt(value, i);
+            words.push_back(std::to_string(ratio.numerator) + "/" +
+                            std::to_string(ratio.denominator));
+        } else {
+            words.push_back(std::to_string(Number(value, i)));
+        }
+    }
+    return words;
+}
+
 std::string PlainValue(const TagValue& value) {
     if (ElementBytes(value.type) == 0) return "(not held in full)";
     if (value.type == TIFF_TYPE_ASCII) return PlainStrings(value);
     std::string words;
-    const size_t count = ElementCount(value);
-    for (size_t i = 0; i < std::min(count, kPlainElements); ++i) {
-        if (i > 0) words += ' ';
-        if (value.type == TIFF_TYPE_RATIONAL) {
-            const Rational ratio = RationalAt(value, i);
-            words += std::to_string(ratio.numerator) + "/" + std::to_string(ratio.denominator);
-        } else {
-            words += std::to_string(Number(value, i));
-        }
-    }
-    if (count > kPlainElements) words += " ...";
+    for (const std::string& word : ElementsInWords(value, kPlainElements))
+        words += (words.empty() ? "" : " ") + word;
+    if (ElementCount(value) > kPlainElements) words += " ...";
     return words;
+}
+
+std::string TagLine(const TagValue& value) {
+    constexpr size_t kHeadCharacters = 96;
+    const std::string_view name = TagName(value.tag);
+    std::array<char, kHeadCharacters> head{};
+    std::snprintf(head.data(), head.size(), "  %5u %-28.*s %-9s %7u  ", value.tag,
+                  static_cast<int>(name.empty() ? 1 : name.size()),
+                  name.empty() ? "-" : name.data(), TypeName(value.type).c_str(), value.count);
+    return head.data() + PlainValue(value);
 }
 
 Json JsonValue(const TagValue& value) {

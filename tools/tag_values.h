@@ -43,6 +43,13 @@ std::string ReadText(TiffFileHandle file, int32_t image, uint32_t tag);
 // The value on one line for people: long ones are shortened.
 std::string PlainValue(const TagValue& value);
 
+// The tag on one line for people: number, name, type, count, value.
+std::string TagLine(const TagValue& value);
+
+// The first `most` elements, each in words: numbers, "300/1", strings as stored. None for a type
+// whose elements the library doesn't hold in full.
+std::vector<std::string> ElementsInWords(const TagValue& value, size_t most);
+
 // The value for programs: an array of numbers, of [numerator, denominator] pairs, or of strings;
 // null for a type whose elements the library doesn't hold in full.
 Json JsonValue(const TagValue& value);

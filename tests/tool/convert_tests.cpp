@@ -69,7 +69,7 @@ TEST(ConvertPixels, HaveTheirSenseInEveryFormat) {
         EXPECT_EQ(png.unit, -1) << "a resolution from nowhere";
         EXPECT_TRUE(c.colourType != kPalette || png.palette.at(0) == (c.bits == 1 ? 255 : 1));
         const auto pixels = [&](const std::string& format, int fields) {
-            const ToolRun run = RunTool("convert $IN - --format " + format);
+            const ToolRun run = RunTool("convert $IN - --dither threshold --format " + format);
             return PnmPixels(Bytes(run.out.begin(), run.out.end()), fields);
         };
         EXPECT_EQ(pixels("pbm", 3), Hex(c.pbm));

@@ -136,7 +136,7 @@ TEST(Failure, LeavesWhatWasThereAndNothingElse) {
     const std::string input = FileOf(CutShort(0), "nothing.tif");
     const std::string out = folder + "/old.png";
     fs::copy_file(Sample("README.md"), out);
-    const ToolRun run = RunTool("convert " + input + " " + out);
+    const ToolRun run = RunTool("convert --force " + input + " " + out);
     EXPECT_EQ(run.exitCode, 2);
     EXPECT_NE(run.err.find("(0 of 10 lines came)"), std::string::npos) << run.err;
     EXPECT_EQ(ReadFile(out), ReadFile(Sample("README.md")));
@@ -160,7 +160,7 @@ TEST(Output, ReplacesTheFileBehindALink) {
     fs::permissions(folder + "/target.pgm", kPermissions);
     fs::create_symlink("target.pgm", folder + "/link.pgm");
     const std::string input = FileOf(Pages(1), "one.tif");
-    ASSERT_EQ(RunTool("convert " + input + " " + folder + "/link.pgm").exitCode, 0);
+    ASSERT_EQ(RunTool("convert --force " + input + " " + folder + "/link.pgm").exitCode, 0);
     EXPECT_TRUE(fs::is_symlink(folder + "/link.pgm"));
     EXPECT_EQ(PnmPixels(ReadFile(folder + "/target.pgm"), 4), Bytes{1});
     EXPECT_EQ(fs::status(folder + "/target.pgm").permissions(), kPermissions);

@@ -1,0 +1,198 @@
+// What can't be sought in (a pipe, a device) is spooled first, so that every reader works on a
+// regular file. TIFF pages push their lines out of the decoder; raster pages are asked for them.
+#include "page_source.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+#include "messages.h"
+#include "passing_file.h"
+#include "raster_formats.h"
+#include "stored_picture.h"
+#include "vellim/decode.h"
+#include "vellim/failures.h"
+
+namespace vellim::tool {
+
+struct SourcePage {
+    PageInfo info;
+    TiffFileHandle file = 0;  // 0: it is a raster page
+    int32_t image = 0;
+    std::unique_ptr<LoadedImage> tags;
+    RasterPage raster;
+};
+
+namespace {
+
+// Tags that go with a page whatever form its pixels take. Orientation stays, since the pixels
+// aren't turned; Software tells what made the page, which conversion doesn't change.
+constexpr std::array<uint32_t, 16> kCarriedTags = {
+    TIFF_TAG_NEW_SUBFILE_TYPE,
+    TIFF_TAG_SUBFILE_TYPE,
+    TIFF_TAG_DOCUMENT_NAME,
+    TIFF_TAG_IMAGE_DESCRIPTION,
+    271,  // Make
+    272,  // Model
+    TIFF_TAG_ORIENTATION,
+    285,   // PageName
+    286,   // XPosition
+    287,   // YPosition
+    297,   // PageNumber
+    305,   // Software
+    306,   // DateTime
+    315,   // Artist
+    316,   // HostComputer
+    33432  // Copyright
+};
+
+// A longer value can be read by nobody through the library.
+constexpr size_t kLongestValue = 32767;
+
+OwnedDescriptor OpenInput(const std::string& path, std::string& why) {
+    OwnedDescriptor descriptor(path == "-" ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
+                                           : open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    struct stat status = {};
+    if (!descriptor || fstat(descriptor.Get(), &status) != 0) {
+        why = std::strerror(errno);
+        return {};
+    }
+    if (S_ISDIR(status.st_mode)) {
+        why = std::strerror(EISDIR);
+        return {};
+    }
+    const bool wholeFile = S_ISREG(status.st_mode) && lseek(descriptor.Get(), 0, SEEK_CUR) == 0;
+    return wholeFile ? std::move(descriptor) : SpoolBytes(descriptor.Get(), why);
+}
+
+std::string ReadHead(int descriptor) {
+    std::string head(kHeadBytes, '\0');
+    const ssize_t got = pread(descriptor, head.data(), head.size(), 0);
+    head.resize(static_cast<size_t>(std::max<ssize_t>(got, 0)));
+    return head;
+}
+
+bool IsTiff(std::string_view head) {
+    const std::string_view mark = head.substr(0, 2);
+    return mark == "II" || mark == "MM";
+}
+
+bool OpenTiffSource(PageSource& source, std::string& why) {
+    source.tiff = OpenDocument(source.name, std::move(source.descriptor), why);
+    if (!source.tiff) return false;
+    source.pageCount = static_cast<uint32_t>(source.tiff->imageCount);
+    return true;
+}
+
+bool OpenRasterSource(PageSource& source, std::string_view head, std::string& why) {
+    source.format = RecogniseFormat(head);
+    if (source.format == nullptr) {
+        why = head.empty() ? "it is empty" : "it is no TIFF, PNG, BMP or PNM file";
+        return false;
+    }
+    source.pictures = {0};
+    if (source.format->find != nullptr) {
+        source.pictures = source.format->find(source.descriptor.Get());
+    }
+    source.pageCount = static_cast<uint32_t>(source.pictures.size());
+    return true;
+}
+
+std::vector<TagValue> ReadCarriedTags(TiffFileHandle file, int32_t image) {
+    std::vector<TagValue> carried;
+    for (const uint32_t tag : kCarriedTags) {
+        auto value = ReadTag(file, image, tag);
+        if (!value || value->bytes.empty()) continue;
+        if (value->bytes.size() > kLongestValue) continue;
+        carried.push_back(std::move(*value));
+    }
+    return carried;
+}
+
+bool DescribeTiffPage(SourcePage& page, std::string& why) {
+    page.tags = std::make_unique<LoadedImage>(page.file, page.image);
+    if (!*page.tags) {
+        why = FailureInWords(TiffError());
+        return false;
+    }
+    const ImageFacts facts = GatherFacts(page.file, page.image);
+    auto stored = DescribePicture(page.file, page.image, facts, why);
+    if (!stored) return false;
+    page.info.picture = std::move(stored->picture);
+    page.info.whiteIsZero = stored->whiteIsZero;
+    page.info.resolution = facts.resolution;
+    page.info.carried = ReadCarriedTags(page.file, page.image);
+    return true;
+}
+
+uint32_t OnLine(uint8_t* line, uint32_t /*lineNumber*/, uintptr_t callbackData) noexcept {
+    const auto& taker = *reinterpret_cast<const LineTaker*>(callbackData);
+    if (!taker.take(taker.data, line)) return TIFF_IO_ERROR;
+    return TIFF_LINE_GO_ON;
+}
+
+LinesEnd PushTiffLines(const SourcePage& page, const LineTaker& taker) {
+    const bool whole = DecodeTiffImage(page.file, page.image, 0, 0,
+                                       reinterpret_cast<uintptr_t>(&taker), OnLine) != 0;
+    // A run that ends in peace before the last line has lost lines all the same.
+    return {whole, true, FailureMessage(whole ? int32_t{TIFF_UNEXPECTED_END} : TiffError())};
+}
+
+LinesEnd PushRasterLines(const SourcePage& page, const LineTaker& taker) {
+    std::vector<uint8_t> row(RowBytes(page.info.picture));
+    LinesEnd end;
+    for (uint32_t y = 0; y < page.info.picture.height; ++y) {
+        end.whole = page.raster.next(page.raster.state.get(), row.data(), end.reason);
+        end.worthKeeping = end.whole;
+        if (!end.whole || !taker.take(taker.data, row.data())) break;
+    }
+    return end;
+}
+
+}  // namespace
+
+void PageCloser::operator()(SourcePage* page) const {
+    delete page;
+}
+
+std::optional<PageSource> OpenPageSource(const std::string& path, std::string& why) {
+    PageSource source;
+    source.name = path;
+    source.descriptor = OpenInput(path, why);
+    if (!source.descriptor) return {};
+    const std::string head = ReadHead(source.descriptor.Get());
+    const bool open =
+        IsTiff(head) ? OpenTiffSource(source, why) : OpenRasterSource(source, head, why);
+    if (!open) return {};
+    return source;
+}
+
+OwnedPage OpenPage(const PageSource& source, uint32_t page, std::string& why) {
+    OwnedPage opened(new SourcePage);
+    if (source.tiff) {
+        opened->file = source.tiff->File();
+        opened->image = static_cast<int32_t>(page);
+        if (!DescribeTiffPage(*opened, why)) return nullptr;
+        return opened;
+    }
+    auto raster = source.format->open(source.descriptor.Get(), source.pictures[page], why);
+    if (!raster) return nullptr;
+    opened->info = raster->info;
+    opened->raster = std::move(*raster);
+    return opened;
+}
+
+const PageInfo& InfoOf(const SourcePage& page) {
+    return page.info;
+}
+
+LinesEnd PushLines(SourcePage& page, const LineTaker& taker) {
+    return page.file != 0 ? PushTiffLines(page, taker) : PushRasterLines(page, taker);
+}
+
+}  // namespace vellim::tool

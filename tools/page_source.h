@@ -1,0 +1,66 @@
+// A document to convert: a TIFF file, or one of the raster formats, recognised by its content.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "document.h"
+#include "image_facts.h"
+#include "picture.h"
+#include "tag_values.h"
+
+namespace vellim::tool {
+
+struct RasterFormat;
+struct SourcePage;
+
+struct PageSource {
+    std::string name;                      // as the user named it; "-" is standard input
+    OwnedDescriptor descriptor;            // of a raster file, or of what came through a pipe
+    std::optional<Document> tiff;          // behind what it reads from
+    const RasterFormat* format = nullptr;  // of a raster file
+    std::vector<uint64_t> pictures;        // where each begins, in a raster file
+    uint32_t pageCount = 0;
+};
+
+// What is known of a page before its first line.
+struct PageInfo {
+    Picture picture;           // that the lines make when they are turned as `whiteIsZero` says
+    bool whiteIsZero = false;  // lines are stored the other way round
+    std::optional<Resolution> resolution;
+    std::vector<TagValue> carried;  // what a TIFF file tells of a page besides its pixels
+};
+
+// How the lines of a page ended.
+struct LinesEnd {
+    bool whole = true;
+    bool worthKeeping = true;  // what came is of use: damage is the normal case for faxes
+    std::string reason;        // why it ended, should lines be missing
+};
+
+// Takes a line, which it may change. False ends the lines.
+struct LineTaker {
+    bool (*take)(void* data, uint8_t* line) noexcept;
+    void* data;
+};
+
+// Opens `path`, or standard input for "-". Nothing, with the reason in `why`, if it can't be.
+std::optional<PageSource> OpenPageSource(const std::string& path, std::string& why);
+
+struct PageCloser {
+    void operator()(SourcePage* page) const;
+};
+using OwnedPage = std::unique_ptr<SourcePage, PageCloser>;
+
+// Makes a page, counted from 0, ready. Null, with the reason in `why`, if it can't be converted.
+OwnedPage OpenPage(const PageSource& source, uint32_t page, std::string& why);
+
+const PageInfo& InfoOf(const SourcePage& page);
+
+// Gives the page's lines, from the top, to `taker`.
+LinesEnd PushLines(SourcePage& page, const LineTaker& taker);
+
+}  // namespace vellim::tool
