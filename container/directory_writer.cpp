@@ -10,6 +10,7 @@
 #include <limits>
 #include <optional>
 
+#include "container/chain_end.h"
 #include "container/directory_layout.h"
 #include "container/failure.h"
 #include "container/sizes.h"
@@ -109,12 +110,13 @@ bool WriteNewHeader(StreamHandle stream, uint16_t byteOrder, uint32_t firstDirec
     return WriteBytes(stream, header.data(), kHeaderBytes);
 }
 
+// A block in memory is its application's, which may well want a chain replaced.
 bool WriteTiffHeader(TiffFile& file, StreamHandle stream, uint32_t firstDirectory) {
-    if ((file.OpenStyle & kCreateBit) == 0) {
-        const bool atEnd = TakeStoredByteOrder(file, stream) && mSeek(stream, 0, 2) >= 0;
-        return atEnd || Fail(TIFF_IO_ERROR, false);
-    }
-    return WriteNewHeader(stream, file.ByteOrder, firstDirectory);
+    if ((file.OpenStyle & kCreateBit) != 0)
+        return WriteNewHeader(stream, file.ByteOrder, firstDirectory);
+    if (!TakeStoredByteOrder(file, stream)) return Fail(TIFF_IO_ERROR, false);
+    if (!file.IsMemory() && !ChainEndIsFree(file, stream)) return false;
+    return mSeek(stream, 0, 2) >= 0 || Fail(TIFF_IO_ERROR, false);
 }
 
 OwnedBlock SortedTagList(const TagBuffer& tags, uint32_t& count) {

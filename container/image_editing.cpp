@@ -6,7 +6,6 @@
 
 #include <utility>
 
-#include "container/chain_end.h"
 #include "container/directory_writer.h"
 #include "container/failure.h"
 #include "container/file_rewrite.h"
@@ -68,10 +67,8 @@ std::optional<AppendedImage> AppendCopy(TiffFile& source, TiffFileHandle sourceH
     const OpenStream from(source.IsMemory() ? -1 : OpenForReading(source));
     if (!from) return Fail(TIFF_IO_ERROR, std::nullopt);
     const OpenStream to(OpenDestination(destination, source));
-    const bool isNew = (destination.OpenStyle & kCreateBit) != 0;
     if (!to || !WriteTiffHeader(destination, to.Get(), 0)) return Fail(TIFF_IO_ERROR, std::nullopt);
     destination.OpenStyle = kWrittenStyle;
-    if (!isNew && !ChainEndIsFree(destination, to.Get())) return std::nullopt;
     const int32_t at = mSeek(to.Get(), 0, kFromEnd);
     if (at < 0) return Fail(TIFF_IO_ERROR, std::nullopt);
 

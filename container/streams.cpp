@@ -11,6 +11,7 @@
 #include <cstring>
 #include <limits>
 
+#include "platform/descriptors.h"
 #include "platform/guards.h"
 
 namespace vellim {
@@ -131,11 +132,7 @@ int32_t mSize(StreamHandle handle) {
         const MemoryStream* stream = MemoryStreamOf(handle);
         return stream == nullptr ? -1 : stream->Size;
     }
-    const int32_t position = _llseek(handle, 0, 1);
-    if (position < 0) return -1;
-    const int32_t size = _llseek(handle, 0, 2);
-    _llseek(handle, position, 0);
-    return size;
+    return FileBytes(handle);
 }
 
 int32_t mTell(StreamHandle handle) {

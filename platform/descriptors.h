@@ -24,4 +24,7 @@ auto Uninterrupted(Call call) {
     return result;
 }
 
+// Bytes of the file behind a handle; -1 where they can't be told in 31 bits.
+int32_t FileBytes(int32_t file);
+
 }  // namespace vellim

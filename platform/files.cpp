@@ -141,6 +141,13 @@ int DescriptorOf(int32_t file) {
     return found != nullptr ? found->descriptor.load(std::memory_order_relaxed) : kNoDescriptor;
 }
 
+int32_t FileBytes(int32_t file) {
+    struct stat status = {};
+    const int descriptor = DescriptorOf(file);
+    if (descriptor == kNoDescriptor || ::fstat(descriptor, &status) != 0) return kFailed;
+    return status.st_size <= kLastPosition ? static_cast<int32_t>(status.st_size) : kFailed;
+}
+
 int32_t RegisterDescriptor(int descriptor) {
     const FileTable::Place place = files.Reserve();
     if (place.handle == 0) {
