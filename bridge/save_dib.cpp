@@ -51,7 +51,7 @@ std::optional<SaveLineContext> RowsOf(const LockedBlock& dib) {
     if (dib.Size() < sizeof(BITMAPINFOHEADER)) return Fail(TIFF_BAD_COLOR_FORMAT, std::nullopt);
     auto* header = dib.As<BITMAPINFOHEADER>();
     if (header->biSize < sizeof(BITMAPINFOHEADER) || header->biCompression != kUncompressedDib ||
-        header->biHeight < 1)
+        header->biHeight < 1 || (header->biPlanes != 1 && header->biBitCount != 1))
         return Fail(TIFF_BAD_COLOR_FORMAT, std::nullopt);
     const bool hasTable = header->biBitCount <= kPaletteBits;
     const auto lineBytes = PackedRowBytes(header->biWidth, header->biBitCount);
@@ -93,7 +93,7 @@ BITMAP BitmapOf(const BITMAPINFOHEADER* header) {
     BITMAP bitmap{};
     bitmap.bmWidth = header->biWidth;
     bitmap.bmHeight = header->biHeight;
-    bitmap.bmPlanes = static_cast<uint8_t>(header->biPlanes);
+    bitmap.bmPlanes = 1;
     bitmap.bmBitsPixel = static_cast<uint8_t>(header->biBitCount);
     return bitmap;
 }

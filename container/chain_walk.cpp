@@ -59,6 +59,7 @@ bool ReadByteOrder(TiffFile& file, StreamWindow& window) {
 bool ReadTiffHeader(TiffFile& file) {
     const OpenStream stream(OpenForReading(file));
     if (!stream) return Fail(TIFF_IO_ERROR, false);
+    file.Identity = IdentityOf(stream.Get());
     StreamWindow window(stream.Get());
     if (!ReadByteOrder(file, window)) return false;
     const std::optional<uint16_t> version = ReadShort(window, kVersionOffset, file.ByteOrder);

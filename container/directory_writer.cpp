@@ -13,6 +13,7 @@
 #include "container/chain_end.h"
 #include "container/directory_layout.h"
 #include "container/failure.h"
+#include "container/file_stream.h"
 #include "container/sizes.h"
 #include "vellim/edit.h"
 
@@ -28,14 +29,22 @@ bool WriteBytes(StreamHandle stream, void* bytes, uint32_t count) {
                      TIFF_FILL_MSB_FIRST) != 0;
 }
 
-// What a file says of itself counts for more than what its handle was told. A block without a
-// header keeps the handle's order.
+// What a file says of itself counts for more than what its handle was told. What doesn't begin with
+// a header isn't written to.
 bool TakeStoredByteOrder(TiffFile& file, StreamHandle stream) {
     uint16_t mark = 0;
     constexpr int32_t markBytes = sizeof mark;
     if (mSeek(stream, 0, 0) != 0 || mRead(stream, &mark, markBytes) != markBytes) return false;
-    if (mark == TIFF_LITTLE_ENDIAN || mark == TIFF_BIG_ENDIAN) file.ByteOrder = mark;
+    if (mark != TIFF_LITTLE_ENDIAN && mark != TIFF_BIG_ENDIAN) return false;
+    file.ByteOrder = mark;
     return true;
+}
+
+// A file with less than its header could never be opened again.
+bool BeginFile(TiffFile& file, StreamHandle stream, uint32_t firstDirectory) {
+    if (WriteNewHeader(stream, file.ByteOrder, firstDirectory)) return true;
+    if (!file.IsMemory()) DeleteFileA(file.PathName);
+    return Fail(TIFF_IO_ERROR, false);
 }
 
 // Values and directory in one block, as they will stand at `start` in the file.
@@ -112,10 +121,9 @@ bool WriteNewHeader(StreamHandle stream, uint16_t byteOrder, uint32_t firstDirec
 
 // A block in memory is its application's, which may well want a chain replaced.
 bool WriteTiffHeader(TiffFile& file, StreamHandle stream, uint32_t firstDirectory) {
-    if ((file.OpenStyle & kCreateBit) != 0)
-        return WriteNewHeader(stream, file.ByteOrder, firstDirectory);
+    if ((file.OpenStyle & kCreateBit) != 0) return BeginFile(file, stream, firstDirectory);
     if (!TakeStoredByteOrder(file, stream)) return Fail(TIFF_IO_ERROR, false);
-    if (!file.IsMemory() && !ChainEndIsFree(file, stream)) return false;
+    if (!file.IsMemory() && !FindChainEnd(file, stream)) return false;
     return mSeek(stream, 0, 2) >= 0 || Fail(TIFF_IO_ERROR, false);
 }
 
@@ -181,7 +189,7 @@ int32_t WriteTiffImageDirectory(TiffFileHandle file, int32_t image) {
     const TagBuffer tags(TagBufferOf(file, image));
     if (!tags) return TIFF_NO_MEMORY;
     if (!CanBeStored(tags)) return TIFF_BAD_TAG;
-    const OpenStream stream(OpenFile(access->PathName, nullptr, access->OpenStyle));
+    const FileStream stream(file, FileUse::Write);
     if (!stream || !WriteTiffHeader(*access, stream.Get(), 0)) return TIFF_IO_ERROR;
     return static_cast<int32_t>(WriteImageDirectory(file, image, stream.Get()));
 }

@@ -21,8 +21,8 @@ bool WriteNewHeader(StreamHandle stream, uint16_t byteOrder, uint32_t firstDirec
 
 // A file that is new gets its header at the stream's position, with the offset of its first
 // directory. Any other has its stream moved to its end, and the file's record takes the byte order
-// of the header that is there. False, with code 6, when that can't be done, or when hooking a
-// directory in would take stored images out of a disk file's chain.
+// of the header that is there, and on disk the place where the chain ends now. False, with code 6,
+// when that can't be done.
 bool WriteTiffHeader(TiffFile& file, StreamHandle stream, uint32_t firstDirectory);
 
 // A tag of a buffer, by the place of its record.

@@ -116,7 +116,11 @@ bool WriteImages(TiffFileHandle old, int32_t changed, const TagChange& change, S
 
 }  // namespace
 
-// The old file is looked at twice. What can be refused is refused before anything is made on the
+// The old file is claimed from the moment that it is read until its successor has taken its place,
+// so that nobody adds to a file that is about to go. Should the path have come to lead to another
+// file meanwhile, neither is touched.
+//
+// It is looked at twice. What can be refused is refused before anything is made on the
 // disk; but only under the lock on the temporary name does the old file stay the same one, since an
 // edit that was under way until then has put another in its place. The two looks must find as many
 // images: behind a directory that can't be read a chain counts as ended, and if that was so for a
@@ -135,7 +139,9 @@ bool RewriteTiffFile(const char* path, int32_t image, const TagChange& change) {
     if (imagesNow == 0) return false;
     if (imagesNow != images) return Fail(TIFF_IO_ERROR, false);
     const OpenStream from(OpenForReading(*TiffFileAccess(old.Get())));
-    if (!from) return Fail(TIFF_IO_ERROR, false);
+    const bool ours =
+        from && ClaimFile(from.Get()) && IdentityOf(from.Get()) == IdentityOf(original);
+    if (!ours) return Fail(TIFF_IO_ERROR, false);
     if (!WriteNewHeader(to.Get(), TIFF_LITTLE_ENDIAN, kHeaderBytes)) return false;
     if (!WriteImages(old.Get(), image, change, from.Get(), to.Get())) return false;
     return CommitReplacement(to.Get(), paths.Temporary, original) || Fail(TIFF_IO_ERROR, false);

@@ -6,14 +6,12 @@
 
 namespace vellim {
 
-// The file's bytes as a stream that can be written, or -1. A disk file is opened by its OpenStyle.
-StreamHandle OpenForWriting(const TiffFile& file);
-
 enum class FileUse { Read, Write };
 
 // Opens the file, and closes it at the end of the scope, when a memory TIFF takes its block back
 // from the stream: writing may have replaced it, and changed its size. The file's record is locked
-// for moments only: a callback may use the file meanwhile.
+// for moments only: a callback may use the file meanwhile, but nobody gets a second stream to write
+// to.
 class FileStream {
   public:
     FileStream(TiffFileHandle file, FileUse use);

@@ -20,6 +20,10 @@ constexpr uint64_t kLastPosition = std::numeric_limits<int32_t>::max();
 
 // What goes into the other file.
 struct ImageParts {
+    ImageParts(const TagBuffer& tags, std::span<const ListedTag> list, StoredValues wide,
+               ImageData data)
+        : Tags(tags), List(list), Wide(std::move(wide)), Data(std::move(data)) {}
+
     const TagBuffer& Tags;
     std::span<const ListedTag> List;
     StoredValues Wide;
@@ -29,6 +33,29 @@ struct ImageParts {
         const TagToStore held = TagToStoreOf(*Tags.RecordAt(List[index].Place));
         return Data.Relocated(Wide.Widen(held, index));
     }
+};
+
+// An image's parts, and what they are held in. None, with the failure code set, for an image that
+// can't be copied.
+struct LoadedParts {
+    explicit LoadedParts(const ImageSource& source)
+        : Tags(TagBufferOf(source.File, source.Image)),
+          ListBlock(Tags ? SortedTagList(Tags, Count) : Fail(TIFF_NO_MEMORY, OwnedBlock())),
+          ListLock(ListBlock.Get()) {
+        if (!ListLock) return;
+        const std::span<const ListedTag> list(ListLock.As<ListedTag>(), Count);
+        auto data = ImageData::Find(source, Tags);
+        if (!data) return;
+        auto wide = StoredValues::Read(source, Tags, list);
+        if (!wide) return;
+        Parts.emplace(Tags, list, std::move(*wide), std::move(*data));
+    }
+
+    uint32_t Count = 0;
+    TagBuffer Tags;
+    OwnedBlock ListBlock;
+    LockedBlock ListLock;
+    std::optional<ImageParts> Parts;
 };
 
 // Bytes of directory and values.
@@ -84,22 +111,16 @@ uint64_t CopyAllowance(uint64_t sourceBytes) {
     return kUnquestionedBytes + kHonestExcess * sourceBytes;
 }
 
+bool CanBeCopied(const ImageSource& source) {
+    const LoadedParts loaded(source);
+    return loaded.Parts && HeadBytes(*loaded.Parts);
+}
+
 std::optional<CopiedImage> WriteImageCopy(const ImageSource& source, const CopyTarget& target,
                                           uint64_t& allowance) {
-    const TagBuffer tags(TagBufferOf(source.File, source.Image));
-    if (!tags) return Fail(TIFF_NO_MEMORY, std::nullopt);
-    uint32_t count = 0;
-    const OwnedBlock listBlock = SortedTagList(tags, count);
-    const LockedBlock listed(listBlock.Get());
-    if (!listed) return std::nullopt;
-    const std::span<const ListedTag> list(listed.As<ListedTag>(), count);
-    auto data = ImageData::Find(source, tags);
-    if (!data) return std::nullopt;
-    auto wide = StoredValues::Read(source, tags, list);
-    if (!wide) return std::nullopt;
-
-    ImageParts parts{
-        .Tags = tags, .List = list, .Wide = std::move(*wide), .Data = std::move(*data)};
+    LoadedParts loaded(source);
+    if (!loaded.Parts) return std::nullopt;
+    ImageParts& parts = *loaded.Parts;
     const auto headBytes = SettleHeadBytes(parts, target.At);
     if (!headBytes) return std::nullopt;
     const uint64_t bytes = *headBytes + parts.Data.Bytes();
@@ -110,8 +131,9 @@ std::optional<CopiedImage> WriteImageCopy(const ImageSource& source, const CopyT
     const auto written = static_cast<uint32_t>(*headBytes);
     if (!WriteHead(parts, target, written) || !parts.Data.Copy(source.Stream, target.Stream))
         return std::nullopt;
-    return CopiedImage{.LinkOffset = target.At + DirectoryBytes(count) - kLinkBytes,
-                       .TagBytes = tags.Head().Used,
+    const auto entries = static_cast<uint32_t>(parts.List.size());
+    return CopiedImage{.LinkOffset = target.At + DirectoryBytes(entries) - kLinkBytes,
+                       .TagBytes = loaded.Tags.Head().Used,
                        .End = target.At + static_cast<uint32_t>(bytes)};
 }
 

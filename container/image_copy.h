@@ -27,6 +27,9 @@ struct CopiedImage {
 // the disk.
 uint64_t CopyAllowance(uint64_t sourceBytes);
 
+// Whether the image can be copied at all, as far as its own tags say. The codes are those below.
+bool CanBeCopied(const ImageSource& source);
+
 // Writes, without alignment: the directory, the values that its entries can't hold, the strips or
 // tiles, the JPEG tables. The image's tags must be in memory; they aren't changed. `allowance`
 // falls by what was written.

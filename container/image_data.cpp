@@ -18,6 +18,8 @@ namespace {
 constexpr uint32_t kCompressionJpeg = 6;
 constexpr uint32_t kTransferBytes = 1U << 18U;
 constexpr uint32_t kLastPosition = std::numeric_limits<int32_t>::max();
+// Offsets of missing bytes would soon lie where no offset may.
+constexpr uint64_t kMostClaimed = kLastPosition / 2;
 
 // The numbers of an array of SHORT or of LONG.
 class Numbers {
@@ -99,7 +101,7 @@ void ImageData::Measure() {
     for (const PieceTable& table : Tables())
         for (const Piece& piece : PiecesOf(table)) {
             const bool misplaced = piece.Present > 0 && claimed != bytes_;
-            if (misplaced || claimed > kLastPosition) closedUp_ = true;
+            if (misplaced || claimed > kMostClaimed) closedUp_ = true;
             claimed += piece.Claimed;
             bytes_ += piece.Present;
         }

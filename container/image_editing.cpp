@@ -51,34 +51,39 @@ struct AppendedImage {
 };
 
 // A new file is made only if that doesn't wipe out what is to be copied.
-StreamHandle OpenDestination(const TiffFile& destination, const TiffFile& source) {
-    if (destination.IsMemory()) return -1;
+bool MayWrite(const TiffFile& destination, const TiffFile& source) {
+    if (destination.IsMemory() || destination.Stream != 0) return false;
     const bool creates = (destination.OpenStyle & kCreateBit) != 0;
-    if (creates && SameFile(source.PathName, destination.PathName)) return -1;
-    const uint32_t style = creates ? destination.OpenStyle : kWrittenStyle;
-    return OpenFile(destination.PathName, nullptr, style);
+    return !creates || !SameFile(source.PathName, destination.PathName);
 }
 
+// What can't be copied at all is found before a file is made or emptied for it.
+//
 // A failure leaves the destination's record as it was, but for OpenStyle: once the file has its
 // header it isn't to be made again, whatever comes after.
 std::optional<AppendedImage> AppendCopy(TiffFile& source, TiffFileHandle sourceHandle,
-                                        int32_t image, TiffFile& destination) {
+                                        int32_t index, TiffFile& destination) {
     source.OpenStyle = OF_READ;
     const OpenStream from(source.IsMemory() ? -1 : OpenForReading(source));
     if (!from) return Fail(TIFF_IO_ERROR, std::nullopt);
-    const OpenStream to(OpenDestination(destination, source));
+    const uint64_t sourceBytes = SourceBytes(from.Get());
+    const ImageSource image{.File = sourceHandle,
+                            .Image = index,
+                            .Stream = from.Get(),
+                            .StreamBytes = sourceBytes,
+                            .Added = nullptr};
+    const bool creates = (destination.OpenStyle & kCreateBit) != 0;
+    if (creates && !CanBeCopied(image)) return std::nullopt;
+    if (!MayWrite(destination, source)) return Fail(TIFF_IO_ERROR, std::nullopt);
+    if (!creates) destination.OpenStyle = kWrittenStyle;
+    const OpenStream to(OpenForWriting(destination));
     if (!to || !WriteTiffHeader(destination, to.Get(), 0)) return Fail(TIFF_IO_ERROR, std::nullopt);
     destination.OpenStyle = kWrittenStyle;
     const int32_t at = mSeek(to.Get(), 0, kFromEnd);
     if (at < 0) return Fail(TIFF_IO_ERROR, std::nullopt);
 
-    const uint64_t sourceBytes = SourceBytes(from.Get());
     uint64_t allowance = CopyAllowance(sourceBytes);
-    const auto copied = WriteImageCopy({.File = sourceHandle,
-                                        .Image = image,
-                                        .Stream = from.Get(),
-                                        .StreamBytes = sourceBytes,
-                                        .Added = nullptr},
+    const auto copied = WriteImageCopy(image,
                                        {.Stream = to.Get(),
                                         .At = static_cast<uint32_t>(at),
                                         .ByteOrder = destination.ByteOrder,

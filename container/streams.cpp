@@ -79,11 +79,13 @@ int32_t ReadMemory(MemoryStream& stream, void* buffer, int32_t count) {
     return taken;
 }
 
-// Grows the block to exactly `size`. The stream changes only when that worked.
+// Grows the block to exactly `size`. The stream changes only when that worked. What the write that
+// asks for it covers need not be cleared before, only a gap in front of it.
 bool GrowTo(MemoryStream& stream, int32_t size) {
     const auto bytes = static_cast<uint32_t>(size);
+    const uint32_t flags = stream.Position > stream.Size ? uint32_t{GHND} : uint32_t{GMEM_MOVEABLE};
     const GlobalHandle grown =
-        stream.Block == 0 ? GlobalAlloc(GHND, bytes) : GlobalReAlloc(stream.Block, bytes, GHND);
+        stream.Block == 0 ? GlobalAlloc(GHND, bytes) : GlobalReAlloc(stream.Block, bytes, flags);
     if (grown == 0) return false;
     stream.Block = grown;
     stream.Size = size;

@@ -51,10 +51,19 @@ OwnedBlock NewTiffFile(GlobalHandle memoryBlock, int32_t memorySize, uint32_t op
     return block;
 }
 
+// `stream`, unless another file has taken the path since; then -1.
+StreamHandle TheSameFile(const TiffFile& file, StreamHandle stream) {
+    if (stream == -1 || !file.Identity.IsKnown() || IdentityOf(stream) == file.Identity)
+        return stream;
+    mClose(stream);
+    return -1;
+}
+
 bool StorePath(TiffFile& file, const char* path) {
     const size_t length = strnlen(path, TIFF_PATH_BYTES);
     if (length == TIFF_PATH_BYTES) return Fail(TIFF_PATH_TOO_LONG, false);
     std::memcpy(file.PathName, path, length + 1);
+    file.Identity = {};
     return true;
 }
 
@@ -67,7 +76,19 @@ TiffFileHandle FinishOpen(OwnedBlock block, int32_t mode) {
 
 StreamHandle OpenForReading(const TiffFile& file) {
     return file.IsMemory() ? mOpen(file.MemoryBlock, file.MemorySize)
-                           : OpenFile(file.PathName, nullptr, OF_READ);
+                           : TheSameFile(file, OpenFile(file.PathName, nullptr, OF_READ));
+}
+
+StreamHandle OpenForWriting(TiffFile& file) {
+    if (file.IsMemory()) return mOpen(file.MemoryBlock, file.MemorySize);
+    constexpr uint32_t share = OF_SHARE_DENY_READ;
+    const bool creates = (file.OpenStyle & OF_CREATE) != 0;
+    const uint32_t style = file.OpenStyle | share | (file.MustBeNew && creates ? kMustBeNew : 0);
+    const StreamHandle stream = OpenFile(file.PathName, nullptr, style);
+    if (!creates || stream == -1) return TheSameFile(file, stream);
+    file.MustBeNew = false;
+    file.Identity = IdentityOf(stream);
+    return stream;
 }
 
 }  // namespace vellim
@@ -78,9 +99,11 @@ using namespace vellim;
 TiffFileHandle OpenTiffFile(const char* path, int32_t mode) {
     SetTiffError(TIFF_SUCCESS);
     if (path == nullptr || path[0] == '\0') return Fail(TIFF_IO_ERROR, TiffFileHandle{0});
-    if (mode == T_APPEND && IsMissing(path)) mode = T_CREAT;
+    const bool appendsToNone = mode == T_APPEND && IsMissing(path);
+    if (appendsToNone) mode = T_CREAT;
     OwnedBlock block = NewTiffFile(0, kNoMemorySize, DiskOpenStyle(mode));
     if (!block || !ModiTiffFileInfo(block.Get(), path, TIFF_LITTLE_ENDIAN)) return 0;
+    TiffFileAccess(block.Get())->MustBeNew = appendsToNone;
     return FinishOpen(std::move(block), mode);
 }
 

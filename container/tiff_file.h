@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "platform/descriptors.h"
 #include "platform/guards.h"
 #include "vellim/files.h"
 #include "vellim/streams.h"
@@ -27,6 +28,11 @@ struct TiffFile {
     int32_t ImageCount;
     TiffImageSlot Images[TIFF_MAX_IMAGES];
 
+    // Beside what a host may know of: the disk file that all of this was read from or written to.
+    // Another one under the same path has its images elsewhere.
+    FileIdentity Identity;
+    bool MustBeNew;  // nothing was at the path when images were to be appended
+
     [[nodiscard]] bool IsMemory() const { return PathName[0] == '\0'; }
 };
 
@@ -44,5 +50,9 @@ class TiffFileAccess {
 
 // The file's bytes as a read-only stream, or -1: the disk file, or the memory block.
 StreamHandle OpenForReading(const TiffFile& file);
+
+// The file's bytes as a stream that can be written, or -1. A disk file is opened by its OpenStyle,
+// and claimed: no two writers may be at work on one file.
+StreamHandle OpenForWriting(TiffFile& file);
 
 }  // namespace vellim

@@ -24,6 +24,25 @@ auto Uninterrupted(Call call) {
     return result;
 }
 
+// Which file is behind a handle, whatever paths lead to it now.
+struct FileIdentity {
+    uint64_t Device = 0;
+    uint64_t Inode = 0;
+
+    bool operator==(const FileIdentity&) const = default;
+    [[nodiscard]] bool IsKnown() const { return *this != FileIdentity{}; }
+};
+FileIdentity IdentityOf(int32_t file);
+// Of the file that a path leads to; not known when there is none.
+FileIdentity IdentityOf(const char* path);
+
+// Keeps others from writing the file until the handle is closed; false when another does already. A
+// file system without locks is no obstacle.
+bool ClaimFile(int32_t file);
+
+// With OF_CREATE: the file must not be there yet.
+inline constexpr uint32_t kMustBeNew = 0x10000;
+
 // Bytes of the file behind a handle; -1 where they can't be told in 31 bits.
 int32_t FileBytes(int32_t file);
 

@@ -45,33 +45,47 @@ constexpr int32_t kExists = 1;  // below every handle
 constexpr uint32_t kAccessMask = 0x3;
 constexpr uint32_t kShareMask = 0x70;
 constexpr mode_t kNewFileMode = 0666;  // less the process's umask
+constexpr int kOpenAttempts = 16;
 constexpr int kAlwaysFlags = O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
 constexpr int64_t kLastPosition = std::numeric_limits<int32_t>::max();
 
-// Share styles. Two writers that each ask not to be shared would spoil one another's file, so the
-// second is refused, in other processes too. Readers are never held off, and a file system
-// without locks is no obstacle.
-bool ClaimForWriting(int descriptor, uint32_t style) {
-    const uint32_t share = style & kShareMask;
-    if (share == 0 || share == OF_SHARE_DENY_NONE) return true;
+FileIdentity IdentityIn(const struct stat& status) {
+    return {.Device = status.st_dev, .Inode = status.st_ino};
+}
+
+bool Claim(int descriptor) {
     if (Uninterrupted([&] { return ::flock(descriptor, LOCK_EX | LOCK_NB); }) == 0) return true;
     return errno != EWOULDBLOCK;
 }
 
-// What is left to do with a fresh descriptor; false with errno set. A file is cut to nothing only
-// once it is known to be ours.
-bool Prepare(int descriptor, uint32_t style, bool writes) {
+// Share styles. Two writers that each ask not to be shared would spoil one another's file, so the
+// second is refused, in other processes too. Readers are never held off.
+bool AsksForClaim(uint32_t style) {
+    const uint32_t share = style & kShareMask;
+    return share != 0 && share != OF_SHARE_DENY_NONE;
+}
+
+enum class Prepared { Ready, Failed, Replaced };
+
+// What is left to do with a fresh descriptor; Failed with errno set. A file is cut to nothing only
+// once it is known to be ours, and still the one that the path leads to: whoever had it claimed
+// before may have put another in its place.
+Prepared Prepare(int descriptor, const char* path, uint32_t style, bool writes) {
     struct stat status = {};
-    if (::fstat(descriptor, &status) != 0) return false;
+    if (::fstat(descriptor, &status) != 0) return Prepared::Failed;
     const bool ordinary = S_ISREG(status.st_mode);
     if (!ordinary && !S_ISCHR(status.st_mode)) {
         errno = S_ISDIR(status.st_mode) ? EISDIR : ESPIPE;
-        return false;
+        return Prepared::Failed;
     }
-    if (!ordinary) return true;
-    if (writes && !ClaimForWriting(descriptor, style)) return false;
-    if ((style & OF_CREATE) == 0) return true;
-    return Uninterrupted([&] { return ::ftruncate(descriptor, 0); }) == 0;
+    if (!ordinary) return Prepared::Ready;
+    if (writes && AsksForClaim(style)) {
+        if (!Claim(descriptor)) return Prepared::Failed;
+        if (IdentityOf(path) != IdentityIn(status)) return Prepared::Replaced;
+    }
+    if ((style & OF_CREATE) == 0) return Prepared::Ready;
+    const bool cut = Uninterrupted([&] { return ::ftruncate(descriptor, 0); }) == 0;
+    return cut ? Prepared::Ready : Prepared::Failed;
 }
 
 // A descriptor, or kNoDescriptor with errno set. A file that is made can be written whatever the
@@ -85,13 +99,18 @@ int OpenDescriptorFor(const char* path, uint32_t style) {
         errno = EINVAL;
         return kNoDescriptor;
     }
-    const int flags = accessFlags[access] | (create ? O_CREAT : 0) | kAlwaysFlags;
-    const int descriptor = Uninterrupted([&] { return ::open(path, flags, kNewFileMode); });
-    if (descriptor == kNoDescriptor) return kNoDescriptor;
-    if (Prepare(descriptor, style, access != OF_READ)) return descriptor;
-    const int reason = errno;
-    ::close(descriptor);
-    errno = reason;
+    const int makes = !create ? 0 : (style & kMustBeNew) != 0 ? O_CREAT | O_EXCL : O_CREAT;
+    const int flags = accessFlags[access] | makes | kAlwaysFlags;
+    for (int attempt = 0; attempt < kOpenAttempts; attempt++) {
+        const int descriptor = Uninterrupted([&] { return ::open(path, flags, kNewFileMode); });
+        if (descriptor == kNoDescriptor) return kNoDescriptor;
+        const Prepared prepared = Prepare(descriptor, path, style, access != OF_READ);
+        if (prepared == Prepared::Ready) return descriptor;
+        const int reason = prepared == Prepared::Replaced ? EBUSY : errno;
+        ::close(descriptor);
+        errno = reason;
+        if (prepared == Prepared::Failed) break;
+    }
     return kNoDescriptor;
 }
 
@@ -139,6 +158,23 @@ int64_t SeekBase(int descriptor, int32_t origin) {
 int DescriptorOf(int32_t file) {
     const OpenDescriptor* found = files.Find(static_cast<uint32_t>(file));
     return found != nullptr ? found->descriptor.load(std::memory_order_relaxed) : kNoDescriptor;
+}
+
+FileIdentity IdentityOf(int32_t file) {
+    struct stat status = {};
+    const int descriptor = DescriptorOf(file);
+    const bool known = descriptor != kNoDescriptor && ::fstat(descriptor, &status) == 0;
+    return known ? IdentityIn(status) : FileIdentity{};
+}
+
+FileIdentity IdentityOf(const char* path) {
+    struct stat status = {};
+    return ::stat(path, &status) == 0 ? IdentityIn(status) : FileIdentity{};
+}
+
+bool ClaimFile(int32_t file) {
+    const int descriptor = DescriptorOf(file);
+    return descriptor != kNoDescriptor && Claim(descriptor);
 }
 
 int32_t FileBytes(int32_t file) {

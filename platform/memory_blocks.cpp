@@ -2,8 +2,8 @@
 //
 // Memory comes zeroed from calloc, which gives large areas as untouched pages: a size out of a
 // hostile file costs address space only. Spare room lets a block that grows by small steps, as that
-// of a stream does, be copied a logarithmic number of times. What was never part of the block is
-// still zero; what once was and was cut off is cleared when it comes back.
+// of a stream does, be moved a logarithmic number of times; there realloc serves, which moves
+// without copying where it can. What may not be zero is cleared when it becomes part of the block.
 //
 // Locking, unlocking and asking for the size touch the slot's atomics alone. Growing and freeing
 // take the block's own mutex: two threads that free the same block must not both succeed.
@@ -38,7 +38,7 @@ struct MemoryBlock {
     std::atomic<uint32_t> size{0};
     std::atomic<uint32_t> locks{0};
     uint32_t room = 0;    // bytes behind `bytes`, at least 1
-    uint32_t widest = 0;  // largest size since `bytes` was allocated
+    uint32_t widest = 0;  // what lies behind this much of `bytes` is zero
 };
 
 constinit HandleTable<MemoryBlock, HandleKind::kMemoryBlock> blocks;
@@ -74,11 +74,11 @@ void CloseSpareRoom([[maybe_unused]] const uint8_t* bytes, [[maybe_unused]] uint
 #endif
 }
 
-void ResizeInPlace(MemoryBlock& block, uint32_t size) {
+void ResizeInPlace(MemoryBlock& block, uint32_t size, bool clear) {
     uint8_t* bytes = block.bytes.load(std::memory_order_relaxed);
     const uint32_t before = block.size.load(std::memory_order_relaxed);
     OpenSpareRoom(bytes, block.room);
-    if (size > before) {
+    if (clear && size > before) {
         const uint32_t used = std::min(size, block.widest);
         if (used > before) std::memset(bytes + before, 0, used - before);
     }
@@ -87,25 +87,52 @@ void ResizeInPlace(MemoryBlock& block, uint32_t size) {
     CloseSpareRoom(bytes, size, block.room);
 }
 
-bool MoveToLargerRoom(MemoryBlock& block, uint32_t size) {
-    uint32_t room = RoomToGrow(block.room, size);
-    uint8_t* fresh = AllocateZeroed(room);
-    if (fresh == nullptr && room > size) {
-        room = size;
-        fresh = AllocateZeroed(room);
-    }
-    if (fresh == nullptr) return false;
-
-    uint8_t* old = block.bytes.load(std::memory_order_relaxed);
-    OpenSpareRoom(old, block.room);
-    std::memcpy(fresh, old, block.size.load(std::memory_order_relaxed));
+// Takes `fresh` over, which holds the block's bytes. What lies behind `clean` is zero.
+void TakeRoom(MemoryBlock& block, uint8_t* fresh, uint32_t room, uint32_t size, uint32_t clean) {
     block.bytes.store(fresh, std::memory_order_release);
     block.size.store(size, std::memory_order_release);
     block.room = room;
-    block.widest = size;
+    block.widest = clean;
     CloseSpareRoom(fresh, size, room);
+}
+
+// A leap: new memory, none of which is touched but what the block's bytes take.
+bool LeapToRoom(MemoryBlock& block, uint32_t size) {
+    uint8_t* fresh = AllocateZeroed(size);
+    if (fresh == nullptr) return false;
+    uint8_t* old = block.bytes.load(std::memory_order_relaxed);
+    OpenSpareRoom(old, block.room);
+    std::memcpy(fresh, old, block.size.load(std::memory_order_relaxed));
+    TakeRoom(block, fresh, size, size, size);
     std::free(old);
     return true;
+}
+
+// A step: the system mostly has room right behind the block, or moves its pages instead of its
+// bytes, but says nothing of what is in it.
+bool StepToRoom(MemoryBlock& block, uint32_t size, bool clear) {
+    uint8_t* old = block.bytes.load(std::memory_order_relaxed);
+    const uint32_t before = block.size.load(std::memory_order_relaxed);
+    uint32_t room = RoomToGrow(block.room, size);
+    OpenSpareRoom(old, block.room);
+    void* moved = std::realloc(old, room);
+    if (moved == nullptr && room > size) {
+        room = size;
+        moved = std::realloc(old, room);
+    }
+    if (moved == nullptr) {
+        CloseSpareRoom(old, before, block.room);
+        return false;
+    }
+    auto* fresh = static_cast<uint8_t*>(moved);
+    if (clear) std::memset(fresh + before, 0, size - before);
+    TakeRoom(block, fresh, room, size, room);
+    return true;
+}
+
+bool MoveToLargerRoom(MemoryBlock& block, uint32_t size, bool clear) {
+    const bool leap = size / 2 > block.room;
+    return leap ? LeapToRoom(block, size) : StepToRoom(block, size, clear);
 }
 
 }  // namespace
@@ -119,7 +146,7 @@ uint32_t LiveGlobalBlocks() {
 using vellim::blocks;
 using vellim::MemoryBlock;
 
-// Blocks are movable and zero-filled whatever the flags ask for.
+// New blocks are movable and zero-filled whatever the flags ask for.
 GlobalHandle GlobalAlloc(uint32_t /*flags*/, uint32_t bytes) {
     const uint32_t room = vellim::RoomFor(bytes);
     uint8_t* zeroed = vellim::AllocateZeroed(room);
@@ -140,16 +167,17 @@ GlobalHandle GlobalAlloc(uint32_t /*flags*/, uint32_t bytes) {
 }
 
 // A block that shrinks keeps its room and its address.
-GlobalHandle GlobalReAlloc(GlobalHandle block, uint32_t bytes, uint32_t /*flags*/) {
+GlobalHandle GlobalReAlloc(GlobalHandle block, uint32_t bytes, uint32_t flags) {
     MemoryBlock* found = blocks.Find(block);
     if (found == nullptr) return 0;
     const std::scoped_lock lock(found->change);
     if (blocks.Find(block) != found) return 0;
+    const bool clear = (flags & GMEM_ZEROINIT) != 0;
     if (bytes <= found->room) {
-        vellim::ResizeInPlace(*found, bytes);
+        vellim::ResizeInPlace(*found, bytes, clear);
         return block;
     }
-    return vellim::MoveToLargerRoom(*found, bytes) ? block : 0;
+    return vellim::MoveToLargerRoom(*found, bytes, clear) ? block : 0;
 }
 
 void* GlobalLock(GlobalHandle block) {

@@ -34,9 +34,11 @@ VELLIM_API int32_t WriteTiffImageDirectory(TiffFileHandle file, int32_t image);
  * lead to it. While the new file is written it has the old one's path with "~~~" for all behind the
  * last dot. After a failure the old file stands as it was; the unfinished one stays too.
  *
- * Codes: 1 (not a TIFF file, or no memory), 3 (no such image), 6 (no such path; I/O; another edit
- * under way under the same name), 9 (a value of 32,768 bytes or more; nothing is written), 13 (an
- * image that has no strips, or for Compression 6 no tiles). */
+ * Codes: 1 (not a TIFF file, or no memory), 3 (no such image), 6 (no such path; I/O; the file is
+ * being written to; another edit under way under the same name), 9 (a value of 32,768 bytes or
+ * more, nothing being written; a strip table that isn't of SHORT or LONG, or that grows too long
+ * when SHORT offsets no longer do), 10 (a JPEG table tag without elements), 13 (an image that has
+ * no strips, or for Compression 6 no tiles). */
 VELLIM_API int32_t AddTiffTagToImage(const char* path, int32_t image, uint32_t tag, uint32_t type,
                                      const void* value, uint32_t count);
 
@@ -47,7 +49,8 @@ VELLIM_API int32_t DeleteTiffTagOfImage(const char* path, int32_t image, uint32_
 /* Adds stored image `image` of `source` to `destination`, both disk files, as the last of its
  * chain; strips are copied as they are. Afterwards the tags of neither image are in memory, and
  * `source` can't be written through any more. After a failure the destination's images are the
- * ones that it had. Codes: 1, 3, 6, 13. */
+ * ones that it had. Codes: 1, 3, 6, 9, 10, 13; 6 also for a file that is being written to, or that
+ * another has taken the place of since `destination` was opened. */
 VELLIM_API int32_t CopyTiffImage(TiffFileHandle source, int32_t image, TiffFileHandle destination);
 
 /* The same between paths: `destinationPath` is opened with `mode` (of TiffOpenMode), `sourcePath`

@@ -34,6 +34,12 @@ VELLIM_API int32_t DefineGeneralTags(TiffFileHandle file, int32_t image, BITMAP 
  * is new gets its header first; one that is there keeps its byte order. The callback fills a line
  * of (width x bits a pixel + 7) / 8 bytes; bits behind the last pixel have no meaning.
  *
+ * Without RowsPerStrip each line is a strip, and the tag is added. Only JPEG can be tiled: with any
+ * other compression an image that has a TileWidth is one strip. Group 3 data is sound in one strip
+ * alone, which is what DefineGeneralTags asks for. Its closing end-of-line codes, and what of its
+ * last line shares a byte with them, lie behind what the strip's byte count tells; readers that go
+ * by that count want it raised.
+ *
  * A callback that stops with 3 ends the image as a success, with the lines that it gave: strips
  * that weren't finished have offset and count 0. */
 VELLIM_API int32_t EncodeTiffImage(TiffFileHandle file, int32_t image, uintptr_t callbackData,

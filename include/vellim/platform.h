@@ -22,8 +22,8 @@ enum GlobalMemoryFlags {
 /* A new block of exactly `bytes` bytes, always zero-filled, or 0. A block of 0 bytes is a block. */
 VELLIM_API GlobalHandle GlobalAlloc(uint32_t flags, uint32_t bytes);
 
-/* Changes a block's size, keeping its bytes; new bytes are zero. Gives the handle of the block,
- * or 0 with the block left as it was. */
+/* Changes a block's size, keeping its bytes. New bytes are zero if `flags` has GMEM_ZEROINIT, else
+ * whatever was there. Gives the handle of the block, or 0 with the block left as it was. */
 VELLIM_API GlobalHandle GlobalReAlloc(GlobalHandle block, uint32_t bytes, uint32_t flags);
 
 /* The address of a block's bytes, valid until the block is grown or freed, and one more on its lock

@@ -41,8 +41,10 @@ typedef struct SaveLineContext {
  *
  * Gives 1 when the image was written, else 0. Codes: 1 (no such DIB, memory), 2 (the file can't be
  * opened or isn't a TIFF file), 5 (the DIB's block ends before its rows do), 11 (compression not
- * known), 16 (a DIB of another depth or kind; more than one bit for a CCITT compression), or those
- * of EncodeTiffImage. Nothing is written in the cases of 1, 2, 5, 11 and 16. */
+ * known), 16 (a DIB of 16 bits or of another kind; more than one bit for a CCITT compression), or
+ * those of EncodeTiffImage. Any other depth is refused without a code of its own. Nothing is
+ * written in any of these cases. A colour table of fewer entries than the depth has makes a
+ * ColorMap as short, which some readers pass over. */
 VELLIM_API int32_t SaveDIBInTiffFile(const char* fileName, DibHandle dib, uint32_t compression,
                                      int32_t showDialog);
 VELLIM_API int32_t SaveDIBInTiffFormat(const char* fileName, DibHandle dib, uint32_t compression,

@@ -291,9 +291,25 @@ TEST(CopyThatWouldLoseSomething, IsRefused) {
     EXPECT_EQ(memory.ImageCount() + NumberOfTiffImages(stale, TIFF_ALL_IMAGES), 6);
     EXPECT_EQ(Read(path), old);
     EXPECT_EQ(Copy(path, 0, path, T_APPEND), 1);
-    EXPECT_EQ(CopyTiffImage(stale, 1, stale), 0) << "knows nothing of the fourth image";
-    EXPECT_EQ(GetNumberOfImagesInTiffFile(path.c_str()), 4);
+    EXPECT_EQ(CopyTiffImage(stale, 1, stale), 1) << "knows nothing of the fourth image";
+    EXPECT_EQ(GetNumberOfImagesInTiffFile(path.c_str()), 5);
+
+    ASSERT_EQ(DeleteTiffTagOfImage(path.c_str(), 0, 305), 1);
+    const Bytes edited = Read(path);
+    EXPECT_EQ(GetTiffImage(stale, 2) + CopyTiffImage(stale, 3, stale), 0) << "another file by now";
+    EXPECT_EQ(WriteTiffImageDirectory(stale, DefineTiffImage(stale)), TIFF_IO_ERROR);
+    EXPECT_EQ(Read(path), edited);
     CloseTiffFile(stale);
+
+    const StreamHandle writer = OpenFile(path.c_str(), nullptr, OF_READWRITE | OF_SHARE_DENY_WRITE);
+    EXPECT_EQ(DeleteTiffTagOfImage(path.c_str(), 0, 305) + Copy(path, 0, path, T_APPEND), 0)
+        << "the file is being written to";
+    EXPECT_EQ(Read(path), edited);
+    mClose(writer);
+    const std::string good = FileOf(old, "good.tif");
+    EXPECT_EQ(Copy(FileOf(BuildTiff({{{ShortTag(256, {1})}, {}}}), "bad.tif"), 0, good, T_CREAT),
+              0);
+    EXPECT_EQ(Read(good), old) << "emptied for an image that can't be copied";
 }
 
 // Byte counts that reach beyond the file's end, and strips that share their bytes.
