@@ -57,6 +57,13 @@ bool DefineTable(TiffFileHandle file, int32_t image, uint32_t tag, GlobalHandle 
                                      count) != 0;
 }
 
+// Without the tag a writer's strips are of one row, but a reader's are the whole image.
+bool DefineRowsPerStrip(TiffFileHandle file, int32_t image, const CodecState& state) {
+    if (state.TileCount != 0 || HasTag(file, image, TIFF_TAG_ROWS_PER_STRIP)) return true;
+    return DefineTiffImageInfo(file, image, TIFF_TAG_ROWS_PER_STRIP, TIFF_TYPE_LONG,
+                               state.RowsPerStrip) != 0;
+}
+
 // Where the coding tables stand in the file, as the module that wrote them has left word.
 bool WriteJpegTableTags(TiffFileHandle file, int32_t image, const CodecState& state) {
     if (state.Key != TIFF_KEY_JPEG) return true;
@@ -100,6 +107,7 @@ uint32_t WriteStripTags(TiffFileHandle file, int32_t image, const CodecState& st
     const uint32_t offsets = tiles ? TIFF_TAG_TILE_OFFSETS : TIFF_TAG_STRIP_OFFSETS;
     const uint32_t counts = tiles ? TIFF_TAG_TILE_BYTE_COUNTS : TIFF_TAG_STRIP_BYTE_COUNTS;
     const bool defined =
+        DefineRowsPerStrip(file, image, state) &&
         DefineTable(file, image, offsets, state.StripOffsets, state.StripCount) &&
         DefineTable(file, image, counts, state.StripByteCounts, state.StripCount) &&
         WriteJpegTableTags(file, image, state);

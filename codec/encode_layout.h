@@ -18,7 +18,7 @@ uint32_t ReadEncodeLayout(TiffFileHandle file, int32_t image, CodecState& state)
 // Takes the two tables of StripCount 32-bit entries, all 0. 0, or 1 without memory.
 uint32_t AllocateStripTables(CodecState& state);
 
-// Defines the tables as StripOffsets and StripByteCounts, or those of the tiles of a JPEG image,
+// Defines RowsPerStrip if it isn't there, and the tables as StripOffsets and StripByteCounts, or those of the tiles of a JPEG image,
 // whose coding tables follow. 0, or 1 when a tag can't be defined.
 uint32_t WriteStripTags(TiffFileHandle file, int32_t image, const CodecState& state);
 

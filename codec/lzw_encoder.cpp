@@ -42,6 +42,7 @@ constexpr std::array<WidthLimit, 4> kWidthLimits = {
 
 constexpr std::ptrdiff_t kShortestRun = 4;
 constexpr std::ptrdiff_t kWordBytes = sizeof(uint64_t);
+constexpr std::ptrdiff_t kFarthestLook = 4096;  // or each string would look through a long line
 
 bool IsRunOfFour(const uint8_t* at) {
     uint32_t bytes = 0;
@@ -49,9 +50,10 @@ bool IsRunOfFour(const uint8_t* at) {
     return bytes == std::rotl(bytes, 8);
 }
 
-// The end of the bytes from `at` on that are equal.
-const uint8_t* EndOfRepeats(const uint8_t* at, const uint8_t* end) {
+// The end of the bytes from `at` on that are equal, as far as it is looked for.
+const uint8_t* EndOfRepeats(const uint8_t* at, const uint8_t* lineEnd) {
     const uint8_t byte = *at;
+    const uint8_t* const end = at + std::min(lineEnd - at, kFarthestLook);
     const uint64_t pattern = byte * uint64_t{0x0101010101010101};
     for (; end - at >= kWordBytes; at += sizeof(pattern)) {
         uint64_t bytes = 0;
@@ -132,7 +134,7 @@ class Encoder {
                 ++at;
                 continue;
             }
-            LzwDictionary::Add(longer, matched, *at, next);
+            dictionary_.Add(longer, matched, *at, next);
             codes_[next++] = static_cast<uint16_t>(matched);
             matched = BeginString(at, end, next);
         }
@@ -167,7 +169,7 @@ class Encoder {
             uint32_t& longer = dictionary_.Find(matched, byte);
             const bool isNew = longer == 0;
             if (isNew) {
-                LzwDictionary::Add(longer, matched, byte, next);
+                dictionary_.Add(longer, matched, byte, next);
                 codes_[next++] = static_cast<uint16_t>(matched);
                 at += longest;
             }

@@ -24,8 +24,8 @@ void MoveBytes(CodecState& state) {
     state.LineBytesLeft -= count;
 }
 
-// Asks for the next line. A callback may find as many spare bytes behind it as behind the line
-// buffer.
+// Asks for a line where the code buffer goes on. A callback may find as many spare bytes behind it
+// as behind the line buffer.
 uint32_t NextLine(CodecState& state) {
     if (state.CodeLeft < state.LineAreaSize) return FillDataBuffer(&state);
     uint8_t* const lineBuffer = state.LineBuffer;
@@ -40,6 +40,31 @@ uint32_t NextLine(CodecState& state) {
     return TIFF_SUCCESS;
 }
 
+// As many lines as there is room for, up to the strip's last: FillDataBuffer's part of a line that
+// ends no strip, without a look at the record for each.
+uint32_t NextLinesOfStrip(CodecState& state) {
+    const LineCallback callback = state.Callback;
+    const uintptr_t callbackData = state.CallbackData;
+    const uint32_t rowBytes = state.RowBytes, lineArea = state.LineAreaSize;
+    const uint32_t last = state.StripLastLine;
+    uint8_t* cursor = state.CodeCursor;
+    uint32_t left = state.CodeLeft, line = state.LineNumber;
+    bool ended = state.StripEnded != 0;
+    uint32_t result = TIFF_SUCCESS;
+    while (!ended && left >= lineArea) {
+        ended = line == last;
+        result = callback(cursor, line++, callbackData);
+        if (result != TIFF_SUCCESS) break;
+        cursor += rowBytes;
+        left -= rowBytes;
+    }
+    state.CodeCursor = cursor;
+    state.CodeLeft = left;
+    state.LineNumber = line;
+    state.StripEnded = ended ? 1 : 0;
+    return result;
+}
+
 }  // namespace
 
 uint32_t EncodeRaw(CodecState& state) {
@@ -47,6 +72,7 @@ uint32_t EncodeRaw(CodecState& state) {
     while (result == TIFF_SUCCESS) {
         MoveBytes(state);
         result = state.LineBytesLeft > 0 ? FlushCodeBuffer(&state) : NextLine(state);
+        if (result == TIFF_SUCCESS && state.LineBytesLeft == 0) result = NextLinesOfStrip(state);
     }
     return EndOfRun(result);
 }

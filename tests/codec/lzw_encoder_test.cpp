@@ -54,7 +54,7 @@ TEST(LzwEncoder, WritesWhatTheReferenceWrites) {
     std::mt19937 random(3);
     const std::array<Shape, 12> shapes = {{{1, 1, 1},
                                            {1, 700, 9},
-                                           {3, 900, 900},
+                                           {9, 900, 900},
                                            {310, 400, 26},
                                            {640, 300, 300},
                                            {2480, 60, 3},
