@@ -20,6 +20,8 @@ int main(int argc, char** argv) {
         return 1;
     }
     vellim::bench::RegisterDecoding(pages);
+    vellim::bench::RegisterEncoding(pages);
+    vellim::bench::RegisterCopying(pages);
     vellim::bench::RegisterDirectoryWalk();
     benchmark::RunSpecifiedBenchmarks();
     return vellim::bench::PrintReport() ? 0 : 1;

@@ -97,6 +97,20 @@ uint32_t DecodeWithLibtiff(Bytes& file, LibtiffCall call, Bytes& buffer) {
                                              : ReadLines(tiff.get(), height, buffer);
 }
 
+Bytes RowsOf(const PageBlock& block) {
+    const TiffFileHandle file = OpenTiffInMemory(block.Handle(), block.Size(), T_READ);
+    TiffDimensions size{};
+    CollectedRows collected{};
+    if (GetTiffImage(file, 0) == 1 && GetTiffDimensions(file, 0, &size) == 0) {
+        collected.rowBytes = (static_cast<size_t>(size.biWidth) * size.biBitCount + 7) / 8;
+        collected.rows.resize(collected.rowBytes * static_cast<size_t>(size.biHeight));
+    }
+    const bool whole =
+        DecodeTiffImage(file, 0, 0, 0, reinterpret_cast<uintptr_t>(&collected), CollectLine) == 1;
+    CloseTiffFile(file);
+    return whole ? collected.rows : Bytes{};
+}
+
 bool ReadersAgree(const PageBlock& block, Bytes& file) {
     MemoryFile memory{&file};
     const TiffPointer tiff = OpenForReading(memory);

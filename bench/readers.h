@@ -34,6 +34,9 @@ enum class LibtiffCall { EncodedStrip, Scanline };
 // Decodes with libtiff, `buffer` being reused from call to call, and gives the number of lines.
 uint32_t DecodeWithLibtiff(Bytes& file, LibtiffCall call, Bytes& buffer);
 
+// Every row of the page as VELLIM decodes it, one behind the other; empty on failure.
+Bytes RowsOf(const PageBlock& block);
+
 // Whether both readers give every row of the page alike.
 bool ReadersAgree(const PageBlock& block, Bytes& file);
 

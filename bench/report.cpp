@@ -62,7 +62,7 @@ void AddFailure(const std::string& group, const std::string& page, const std::st
 bool PrintReport() {
     const Report& report = TheReport();
     std::printf("\n  %-18s %12s %12s %9s  %-9s %s\n", "page", "VELLIM", "libtiff", "ratio", "unit",
-                "libtiff reads by");
+                "libtiff's call");
     for (size_t i = 0; i < report.rows.size();)
         i = PrintGroup(report.rows, i);
     for (const std::string& failure : report.failures)
