@@ -83,12 +83,12 @@ class BitWriter {
         uint32_t failure;
     };
     // Not a member, which would need the writer's address and keep it out of registers.
-    static Written FlushFullBuffer(CodecState& state, const uint8_t* cursor);
+    static Written FlushFullBuffer(CodecState& state, const uint8_t* cursor, uint32_t failure);
 
     void WriteFullBuffer() {
-        const Written written = FlushFullBuffer(*state_, cursor_);
+        const Written written = FlushFullBuffer(*state_, cursor_, failure_);
         cursor_ = written.cursor;
-        failure_ |= written.failure;
+        failure_ = written.failure;
     }
 
     // In an order that gives a compiler no cause to keep two of them in one vector register.

@@ -58,7 +58,10 @@ uint32_t PrepareStoredImage(TiffFileHandle file, int32_t image, CodecState& stat
     if (result != TIFF_SUCCESS) return result;
     result = ReadCompressionKey(file, image, state);
     if (result != TIFF_SUCCESS) return result;
-    if (EncoderOf(state.Key) == nullptr) return TIFF_UNKNOWN_COMPRESSION;
+    // No engine but JPEG's writes tiles.
+    const bool tiled = state.TileCount != 0 && state.Key != TIFF_KEY_JPEG;
+    if (EncoderOf(state.Key) == nullptr || tiled) return TIFF_UNKNOWN_COMPRESSION;
+    if (state.StripCount > kMostStrips) return TIFF_BAD_TAG;
     const TagBuffer tags(TagBufferOf(file, image));
     if (!tags) return TIFF_BAD_INDEX;
     if (!CanBeStored(tags)) return TIFF_BAD_TAG;

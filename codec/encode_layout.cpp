@@ -1,5 +1,7 @@
 #include "codec/encode_layout.h"
 
+#include <algorithm>
+
 #include "codec/tag_value.h"
 #include "container/sizes.h"
 #include "platform/guards.h"
@@ -32,8 +34,7 @@ void ReadSubsampling(TiffFileHandle file, int32_t image, CodecState& state) {
     state.SubsamplingV = SubsamplingOf(values, count, 1);
 }
 
-// No engine but JPEG's knows tiles: to the others the lines are one strip, and the number of tiles
-// sizes the tables alone.
+// A picture without width has a tile all the same.
 uint32_t ReadTiles(TiffFileHandle file, int32_t image, CodecState& state) {
     state.TileWidth = TagValue(file, image, TIFF_TAG_TILE_WIDTH, 0);
     state.TileLength = TagValue(file, image, TIFF_TAG_TILE_LENGTH, 0);
@@ -41,10 +42,10 @@ uint32_t ReadTiles(TiffFileHandle file, int32_t image, CodecState& state) {
         PartsOf(static_cast<uint32_t>(state.Dimensions.biWidth), state.TileWidth);
     const uint64_t down =
         PartsOf(static_cast<uint32_t>(state.Dimensions.biHeight), state.TileLength);
-    if (across > UINT16_MAX || down > UINT16_MAX) return TIFF_BAD_CODE;
+    if (across > UINT16_MAX || down > UINT16_MAX) return TIFF_BAD_TAG;
     state.TilesAcross = static_cast<uint16_t>(across);
     state.TilesDown = static_cast<uint16_t>(down);
-    state.TileCount = static_cast<uint32_t>(across * down);
+    state.TileCount = static_cast<uint32_t>(std::max<uint64_t>(across * down, 1));
     ReadSubsampling(file, image, state);
     return TIFF_SUCCESS;
 }
@@ -89,7 +90,6 @@ uint32_t ReadEncodeLayout(TiffFileHandle file, int32_t image, CodecState& state)
         state.RowsPerStrip = rows == 0 ? height : rows;
         strips = PartsOf(height, state.RowsPerStrip);
     }
-    if (strips > kMostStrips) return TIFF_BAD_TAG;
     state.StripCount = static_cast<uint32_t>(strips);
     return TIFF_SUCCESS;
 }

@@ -14,7 +14,8 @@ extern "C" {
 /* Takes or gives one line. `line` holds the bytes of one line, `lineNumber` counts from 0 at the
  * top of the image, `callbackData` is the caller's own value. Result 0: go on. 3: stop, as a
  * success. Any other: stop, with that failure code. Decoding: the bytes stay the library's and are
- * overwritten by the next line; the callback may change them. */
+ * overwritten by the next line; the callback may change them. Encoding: the callback writes all
+ * bytes of the line; what it finds there means nothing, and `line` differs from call to call. */
 typedef uint32_t (*LineCallback)(uint8_t* line, uint32_t lineNumber, uintptr_t callbackData);
 
 enum { TIFF_LINE_GO_ON = 0, TIFF_LINE_STOP = 3 };

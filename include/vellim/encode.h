@@ -8,7 +8,8 @@
  * set either way (0 on success). Codes: 1 (memory, or above the limits of SetTiffSizeLimits), 3
  * (image not in memory), 6 (I/O), 9 (a tag or a strip table that couldn't be read back), 10 (a tag
  * is missing), 11 (compression not known), 12 (a line of more than 33,280 pixels in
- * two-dimensional coding), 15 (FillOrder), 16 (colour format), or the callback's own. */
+ * two-dimensional coding, or of none in LZW), 15 (FillOrder), 16 (colour format), or the callback's
+ * own. */
 #ifndef VELLIM_ENCODE_H
 #define VELLIM_ENCODE_H
 
@@ -34,11 +35,11 @@ VELLIM_API int32_t DefineGeneralTags(TiffFileHandle file, int32_t image, BITMAP 
  * is new gets its header first; one that is there keeps its byte order. The callback fills a line
  * of (width x bits a pixel + 7) / 8 bytes; bits behind the last pixel have no meaning.
  *
- * Without RowsPerStrip each line is a strip, and the tag is added. Only JPEG can be tiled: with any
- * other compression an image that has a TileWidth is one strip. Group 3 data is sound in one strip
- * alone, which is what DefineGeneralTags asks for. Its closing end-of-line codes, and what of its
- * last line shares a byte with them, lie behind what the strip's byte count tells; readers that go
- * by that count want it raised.
+ * Without RowsPerStrip each line is a strip, and the tag is added. An image with a TileWidth is
+ * refused with 11 unless it is JPEG. Group 3 data is sound in one strip alone, which is what
+ * DefineGeneralTags asks for; its closing end-of-line codes, and what of its last line shares a
+ * byte with them, lie behind what the strip's byte count tells, so that readers that go by that
+ * count want it raised. While a file is being written nobody else can write to it: 6.
  *
  * A callback that stops with 3 ends the image as a success, with the lines that it gave: strips
  * that weren't finished have offset and count 0. */

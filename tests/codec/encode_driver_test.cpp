@@ -133,9 +133,10 @@ TEST(EncodeDriver, RefusesBeforeItWrites) {
         uint32_t tag, type, value;
         int32_t code;
     };
-    for (const Case& c : {Case{"compression", 259, 3, 99, 11}, Case{"fill order", 266, 3, 3, 15},
-                          Case{"planes", 284, 3, 2, 16}, Case{"depth", 258, 3, 2, 16},
-                          Case{"strips", 278, 3, 1, 9}, Case{"width", 256, 4, 0x7FFFFFFF, 1}}) {
+    for (const Case& c :
+         {Case{"compression", 259, 3, 99, 11}, Case{"fill order", 266, 3, 3, 15},
+          Case{"planes", 284, 3, 2, 16}, Case{"depth", 258, 3, 2, 16}, Case{"strips", 278, 3, 1, 9},
+          Case{"tiles", 322, 3, 8, 11}, Case{"width", 256, 4, 0x7FFFFFFF, 1}}) {
         const std::string path = FileOf({}, "none") + ".tif";
         std::filesystem::remove(path);
         const TiffFileHandle file = OpenTiffFile(path.c_str(), T_CREAT);
@@ -173,6 +174,48 @@ TEST(EncodeDriver, StopsAndFailuresOfTheCallback) {
     EXPECT_EQ(std::vector<uint32_t>(count, count + 5), (std::vector<uint32_t>{2, 2, 0, 0, 0}));
     CloseTiffFile(file);
     EXPECT_EQ(GetNumberOfImagesInTiffFile(path.c_str()), 2);
+}
+
+// One writer at a time: a callback that stores something of its own in the file is refused, and
+// what is being stored comes out whole.
+TEST(EncodeDriver, IsTheOnlyWriterOfItsFile) {
+    const std::string path =
+        FileOf(BuildTiff({SimpleImage(8, 1, 1, 1, 1, 1, 1, {{0x5A}})}), "one.tif");
+    for (const bool onDisk : {false, true}) {
+        const TiffFileHandle file =
+            onDisk ? OpenTiffFile(path.c_str(), T_APPEND) : OpenTiffInMemory(0, 0, T_CREAT);
+        int32_t inner = 0;
+        const Answer answer = [&](uint8_t* line, uint32_t number) {
+            line[0] = 7;
+            if (number == 1) inner += AddImage(file, 1, 3, 1);
+            if (number == 2 && onDisk) inner += DeleteTiffTagOfImage(path.c_str(), 0, 259);
+            if (number == 3 && onDisk)
+                inner += CopyTiffImageInFile(path.c_str(), 0, path.c_str(), T_APPEND);
+            return 0U;
+        };
+        const int32_t image = DefineTiffImage(file);
+        ASSERT_EQ(DefineGeneralTags(file, image, Bitmap(8, 5, 1)), 0);
+        EXPECT_EQ(EncodeTiffImage(file, image, reinterpret_cast<uintptr_t>(&answer), CallAnswer),
+                  1);
+        EXPECT_EQ(inner, 0);
+        EXPECT_EQ(AddImage(file, 1, 3, 1), 1) << "free again";
+        const OwnedBlock block(GetMemoryTiffHandle(file));
+        CloseTiffFile(file);
+    }
+    EXPECT_EQ(GetNumberOfImagesInTiffFile(path.c_str()), 3);
+}
+
+// Without the tag a reader takes the image for a single strip.
+TEST(EncodeDriver, AddsTheRowsPerStripThatItUsed) {
+    const TiffFileHandle file = OpenTiffInMemory(0, 0, T_CREAT);
+    DefineTiffImage(file);
+    for (const uint32_t tag : {256U, 257U})
+        DefineTiffImageInfo(file, 0, tag, TIFF_TYPE_SHORT, 8);
+    ASSERT_EQ(EncodeTiffImage(file, 0, 0, FillLine), 1);
+    EXPECT_EQ(Tag(file, 0, 278), 1U);
+    EXPECT_EQ(GetTiffStripCount(file, 0), 8U);
+    const OwnedBlock block(GetMemoryTiffHandle(file));
+    CloseTiffFile(file);
 }
 
 }  // namespace
