@@ -4,8 +4,8 @@
 #include <optional>
 
 #include "bridge/dib.h"
-#include "bridge/open_tiff.h"
 #include "container/failure.h"
+#include "container/open_tiff.h"
 #include "container/sizes.h"
 #include "platform/guards.h"
 #include "vellim/decode.h"

@@ -6,10 +6,10 @@
 #include <optional>
 
 #include "bridge/dib.h"
-#include "bridge/open_tiff.h"
 #include "bridge/save_choices.h"
 #include "bridge/save_tags.h"
 #include "container/failure.h"
+#include "container/open_tiff.h"
 #include "container/sizes.h"
 #include "platform/guards.h"
 #include "vellim/encode.h"

@@ -11,6 +11,7 @@
 #include "container/failure.h"
 #include "container/image_copy.h"
 #include "container/image_data.h"
+#include "container/open_tiff.h"
 #include "container/streams.h"
 #include "container/tag_buffer.h"
 #include "platform/file_replacement.h"
@@ -45,26 +46,12 @@ bool FindPaths(const char* path, RewritePaths& paths) {
     return true;
 }
 
-class OpenTiff {
-  public:
-    explicit OpenTiff(const char* path) : file_(OpenTiffFile(path, T_READ)) {}
-    ~OpenTiff() {
-        if (file_ != 0) CloseTiffFile(file_);
-    }
-    OpenTiff(const OpenTiff&) = delete;
-    OpenTiff& operator=(const OpenTiff&) = delete;
-
-    [[nodiscard]] TiffFileHandle Get() const { return file_; }
-    // The file's images, if it is open and has an image `image`; else 0, with code 1 or 3.
-    [[nodiscard]] int32_t ImagesWith(int32_t image) const {
-        if (file_ == 0) return Fail(TIFF_NO_MEMORY, 0);
-        const int32_t images = NumberOfTiffImages(file_, TIFF_ALL_IMAGES);
-        return image >= 0 && image < images ? images : Fail(TIFF_BAD_INDEX, 0);
-    }
-
-  private:
-    TiffFileHandle file_;
-};
+// The images of a file that is open and has an image `image`; else 0, with code 1 or 3.
+int32_t ImagesWith(const OpenTiff& file, int32_t image) {
+    if (!file) return Fail(TIFF_NO_MEMORY, 0);
+    const int32_t images = NumberOfTiffImages(file.Get(), TIFF_ALL_IMAGES);
+    return image >= 0 && image < images ? images : Fail(TIFF_BAD_INDEX, 0);
+}
 
 // A type that is wider in files counts by what the file's reader will hold of it.
 bool CanBeStored(const TagChange& change) {
@@ -128,14 +115,14 @@ bool WriteImages(TiffFileHandle old, int32_t changed, const TagChange& change, S
 bool RewriteTiffFile(const char* path, int32_t image, const TagChange& change) {
     RewritePaths paths{};
     if (!FindPaths(path, paths)) return Fail(TIFF_IO_ERROR, false);
-    const int32_t images = OpenTiff(path).ImagesWith(image);
+    const int32_t images = ImagesWith(OpenTiff(path, T_READ), image);
     if (images == 0 || !CanBeStored(change)) return false;
 
     const char* original = paths.Original.szPathName;
     const OpenStream to(CreateReplacement(original, paths.Temporary));
     if (!to) return Fail(TIFF_IO_ERROR, false);
-    const OpenTiff old(path);
-    const int32_t imagesNow = old.ImagesWith(image);
+    const OpenTiff old(path, T_READ);
+    const int32_t imagesNow = ImagesWith(old, image);
     if (imagesNow == 0) return false;
     if (imagesNow != images) return Fail(TIFF_IO_ERROR, false);
     const OpenStream from(OpenForReading(*TiffFileAccess(old.Get())));

@@ -10,6 +10,7 @@
 #include "container/failure.h"
 #include "container/file_rewrite.h"
 #include "container/image_copy.h"
+#include "container/open_tiff.h"
 #include "container/streams.h"
 #include "container/tag_buffer.h"
 #include "container/tiff_file.h"
@@ -137,11 +138,8 @@ int32_t CopyTiffImage(TiffFileHandle source, int32_t image, TiffFileHandle desti
 
 int32_t CopyTiffImageInFile(const char* sourcePath, int32_t image, const char* destinationPath,
                             int32_t mode) {
-    const TiffFileHandle destination = OpenTiffFile(destinationPath, mode);
-    if (destination == 0) return 0;
-    const TiffFileHandle source = OpenTiffFile(sourcePath, T_READ);
-    const int32_t copied = source != 0 ? CopyTiffImage(source, image, destination) : 0;
-    if (source != 0) CloseTiffFile(source);
-    CloseTiffFile(destination);
-    return copied;
+    const OpenTiff destination(destinationPath, mode);
+    if (!destination) return 0;
+    const OpenTiff source(sourcePath, T_READ);
+    return source ? CopyTiffImage(source.Get(), image, destination.Get()) : 0;
 }

@@ -7,7 +7,7 @@ namespace vellim {
 
 class OpenTiff {
   public:
-    OpenTiff(const char* path, TiffOpenMode mode) : file_(OpenTiffFile(path, mode)) {}
+    OpenTiff(const char* path, int32_t mode) : file_(OpenTiffFile(path, mode)) {}
     ~OpenTiff() {
         if (file_ != 0) CloseTiffFile(file_);
     }
