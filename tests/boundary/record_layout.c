@@ -52,6 +52,23 @@ FIELD(LoadLineContext, Height, 16, 24);
 FIELD(LoadLineContext, LineBytes, 20, 28);
 FIELD(LoadLineContext, StrideOrUsage, 24, 32);
 
+SIZE(SaveLineContext, 32, 48);
+FIELD(SaveLineContext, Bitmap, 4, 4);
+FIELD(SaveLineContext, HeaderBlock, 8, 8);
+FIELD(SaveLineContext, Header, 12, 16);
+FIELD(SaveLineContext, Bits, 16, 24);
+FIELD(SaveLineContext, Height, 20, 32);
+FIELD(SaveLineContext, LineBytes, 24, 36);
+FIELD(SaveLineContext, StrideOrUsage, 28, 40);
+
+SIZE(BITMAP, 24, 32);
+FIELD(BITMAP, bmWidth, 4, 4);
+FIELD(BITMAP, bmHeight, 8, 8);
+FIELD(BITMAP, bmWidthBytes, 12, 12);
+FIELD(BITMAP, bmPlanes, 16, 16);
+FIELD(BITMAP, bmBitsPixel, 18, 18);
+FIELD(BITMAP, bmBits, 20, 24);
+
 SIZE(OFSTRUCT, 4104, 4104);
 FIELD(OFSTRUCT, szPathName, 8, 8);
 
