@@ -1,51 +1,27 @@
 // Editing files that hold whatever the input is: a failure leaves the file as it was; after a
 // success it has its images, their tags and their strips, and nothing but the edit has changed.
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <string>
 #include <vector>
 
 #include "fuzz/checks.h"
+#include "support/test_files.h"
 #include "vellim/vellim.h"
 
 namespace vellim::fuzz {
 namespace {
 
-using Bytes = std::vector<uint8_t>;
+using test::Bytes;
+using test::FileOf;
+using test::ReadFile;
 
 // A chain that loops has as many images as there are places, all alike.
 constexpr int32_t kMaxImages = 8;
 constexpr uint32_t kTag = 40000;
 constexpr std::array<uint8_t, 16> kValue = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
-
-struct Folder {
-    std::filesystem::path path = std::filesystem::temp_directory_path() / "vellim-fuzz-XXXXXX";
-    Folder() {
-        std::string name = path.string();
-        Require(mkdtemp(name.data()) != nullptr, "a folder can be made");
-        path = name;
-    }
-    ~Folder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path, ignored);
-    }
-};
-
-Bytes Read(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
-void Write(const std::string& path, const Bytes& bytes) {
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()), std::ssize(bytes));
-}
 
 struct Value {
     uint32_t type = 0, count = 0;
@@ -66,8 +42,7 @@ Value TagOf(TiffFileHandle file, int32_t image, uint32_t tag) {
     Value value;
     GetTiffImageInfoBuffer(file, image, tag, &block, &value.type, &value.count);
     const OwnedBlock owned(block);
-    const LockedBlock locked(block);
-    if (locked) value.bytes.assign(locked.As<uint8_t>(), locked.As<uint8_t>() + locked.Size());
+    value.bytes = test::BytesOf(block);
     return value;
 }
 
@@ -103,10 +78,11 @@ Image ImageOf(TiffFileHandle file, int32_t index, const Bytes& bytes) {
 }
 
 std::vector<Image> ImagesOf(const std::string& path) {
-    const Bytes bytes = Read(path);
+    const Bytes bytes = ReadFile(path);
     const TiffFileHandle file = OpenTiffFile(path.c_str(), T_READ);
-    std::vector<Image> images(static_cast<size_t>(NumberOfTiffImages(file, TIFF_ALL_IMAGES)));
-    for (int32_t i = 0; i < std::min<int32_t>(static_cast<int32_t>(images.size()), kMaxImages); i++)
+    const int32_t count = NumberOfTiffImages(file, TIFF_ALL_IMAGES);
+    std::vector<Image> images(static_cast<size_t>(count));
+    for (int32_t i = 0; i < std::min(count, kMaxImages); i++)
         if (GetTiffImage(file, i) == 1) {
             images[static_cast<size_t>(i)] = ImageOf(file, i, bytes);
             DropTiffImage(file, i);
@@ -115,29 +91,24 @@ std::vector<Image> ImagesOf(const std::string& path) {
     return images;
 }
 
-// A strip that the old file cut short may find more in the new one.
-void RequireSame(const Image& before, const Image& after) {
-    Require(before.tags == after.tags, "tags are as they were");
-    Require(before.strips.size() == after.strips.size(), "as many strips");
-    for (size_t i = 0; i < before.strips.size(); i++) {
-        const Bytes &a = before.strips[i], &b = after.strips[i];
-        Require(a.size() <= b.size() && std::equal(a.begin(), a.end(), b.begin()),
-                "strips are as they were");
+// What was there is as it was; a strip that the old file cut short may find more in the new one.
+void RequireSame(const std::vector<Image>& before, const std::vector<Image>& after) {
+    const auto isKept = [](const Bytes& a, const Bytes& b) {
+        return a.size() <= b.size() && std::equal(a.begin(), a.end(), b.begin());
+    };
+    for (size_t i = 0; i < before.size(); i++) {
+        Require(before[i].tags == after[i].tags, "tags are as they were");
+        Require(std::ranges::equal(before[i].strips, after[i].strips, isKept), "strips are too");
     }
 }
 
-void RequireSame(const std::vector<Image>& before, const std::vector<Image>& after) {
-    for (size_t i = 0; i < before.size(); i++)
-        RequireSame(before[i], after[i]);
-}
-
 void Edit(const std::string& path, size_t image, uint32_t type) {
-    const Bytes old = Read(path);
+    const Bytes old = ReadFile(path);
     std::vector<Image> expected = ImagesOf(path);
     const auto index = static_cast<int32_t>(image);
     int32_t result = AddTiffTagToImage(path.c_str(), index, kTag, type, kValue.data(), 2);
     RequireTold(result, TiffError());
-    if (result == 0) return Require(Read(path) == old, "a failure changes nothing");
+    if (result == 0) return Require(ReadFile(path) == old, "a failure changes nothing");
     std::vector<Image> edited = ImagesOf(path);
     Require(edited.size() == expected.size(), "as many images");
     if (image < kMaxImages) {
@@ -164,16 +135,16 @@ void Copy(const std::string& from, size_t image, const std::string& to) {
     const std::vector<Image> after = ImagesOf(to);
     Require(after.size() == before.size() + static_cast<size_t>(result), "the chain is as told");
     RequireSame(before, after);
-    if (result == 1 && image < kMaxImages) RequireSame(source[image], after.back());
+    if (result == 1 && image < kMaxImages) RequireSame({source[image]}, {after.back()});
 }
 
 // In a file of any content, whose tags and strips may lie anywhere, one link is all that changes.
 void CopyInto(const std::string& from, const std::string& to) {
     constexpr ptrdiff_t kLinkBytes = 4;
-    const Bytes before = Read(to);
+    const Bytes before = ReadFile(to);
     const int32_t result = CopyTiffImageInFile(from.c_str(), 0, to.c_str(), T_APPEND);
     RequireTold(result, TiffError());
-    const Bytes after = Read(to);
+    const Bytes after = ReadFile(to);
     Require(after.size() >= before.size(), "nothing is cut off");
     const auto first = std::mismatch(before.begin(), before.end(), after.begin()).first;
     const auto last = std::mismatch(before.rbegin(), before.rend(),
@@ -188,18 +159,16 @@ void CopyInto(const std::string& from, const std::string& to) {
 // The input is the file; its last bytes say which image is edited, and how.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace vellim::fuzz;
-    static const Folder folder;
-    const std::string path = folder.path / "input.tif", copy = folder.path / "copy.tif";
     const Bytes bytes(data, data + size);
-    Write(path, bytes);
+    const std::string path = FileOf(bytes, "input.tif");
     const size_t images = ImagesOf(path).size();
     if (images == 0) return 0;
     const size_t image = bytes.back() % images;
     const uint32_t type = bytes[size - 2] % 14;
     const BlockBalance balance;
     Edit(path, image, type);
-    Write(path, bytes);
-    std::filesystem::remove(copy);
+    const std::string copy = vellim::test::NewPath("copy.tif");
+    FileOf(bytes, "input.tif");
     Copy(path, image, copy);
     Copy(path, image, copy);
     if (std::filesystem::exists(copy)) CopyInto(copy, path);

@@ -18,18 +18,12 @@ namespace {
 
 struct Coding {
     uint32_t compression, t4Options, predictor;
-    bool isBilevel, isOneStrip;
+
+    [[nodiscard]] bool IsBilevel() const { return compression >= 2 && compression <= 4; }
+    [[nodiscard]] bool IsOneStrip() const { return compression == 3; }
 };
-constexpr std::array<Coding, 10> kCodings = {{{1, 0, 1, false, false},
-                                              {32773, 0, 1, false, false},
-                                              {5, 0, 1, false, false},
-                                              {5, 0, 2, false, false},
-                                              {2, 0, 1, true, false},
-                                              {3, 0, 1, true, true},
-                                              {3, 4, 1, true, true},
-                                              {3, 1, 1, true, true},
-                                              {3, 5, 1, true, true},
-                                              {4, 0, 1, true, false}}};
+constexpr Coding kCodings[] = {{1, 0, 1}, {32773, 0, 1}, {5, 0, 1}, {5, 0, 2}, {2, 0, 1},
+                               {3, 0, 1}, {3, 4, 1},     {3, 1, 1}, {3, 5, 1}, {4, 0, 1}};
 constexpr uint32_t kMaxWidth = 4096;
 constexpr uint32_t kCallbackFailure = 33;
 
@@ -51,14 +45,14 @@ struct Picture {
 Picture ReadPicture(Input& input) {
     constexpr std::array<uint16_t, 4> kDepths = {1, 4, 8, 24};
     Picture picture{};
-    picture.coding = kCodings[input.Byte() % kCodings.size()];
+    picture.coding = kCodings[input.Byte() % std::size(kCodings)];
     const uint8_t settings = input.Byte();
-    picture.bits = picture.coding.isBilevel ? uint16_t{1} : kDepths[settings & 3U];
+    picture.bits = picture.coding.IsBilevel() ? uint16_t{1} : kDepths[settings & 3U];
     picture.fillOrder = (settings & 4U) != 0 ? TIFF_FILL_LSB_FIRST : TIFF_FILL_MSB_FIRST;
     picture.width = 1 + input.Word() % kMaxWidth;
     picture.height = 1 + input.Byte();
     picture.rowsPerStrip = input.Byte();
-    if (picture.coding.isOneStrip || (settings & 8U) != 0) picture.rowsPerStrip = picture.height;
+    if (picture.coding.IsOneStrip() || (settings & 8U) != 0) picture.rowsPerStrip = picture.height;
     picture.k = std::max<int32_t>(2, input.Byte());
     picture.stopAt = input.Byte();
     picture.pixels = input.Rest();
@@ -107,11 +101,13 @@ TiffFileHandle DefineImage(const Picture& picture) {
     define(TIFF_TAG_T4_OPTIONS, picture.coding.t4Options);
     define(TIFF_TAG_PREDICTOR, picture.coding.predictor);
     define(TIFF_TAG_FILL_ORDER, picture.fillOrder);
-    BITMAP bitmap{};
-    bitmap.bmWidth = static_cast<int32_t>(picture.width);
-    bitmap.bmHeight = static_cast<int32_t>(picture.height);
-    bitmap.bmPlanes = 1;
-    bitmap.bmBitsPixel = picture.bits;
+    const BITMAP bitmap{0,
+                        static_cast<int32_t>(picture.width),
+                        static_cast<int32_t>(picture.height),
+                        0,
+                        1,
+                        picture.bits,
+                        nullptr};
     Require(DefineGeneralTags(file, 0, bitmap) == 0, "the size is taken");
     if (picture.rowsPerStrip != 0) define(TIFF_TAG_ROWS_PER_STRIP, picture.rowsPerStrip);
     return file;

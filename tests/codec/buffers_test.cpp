@@ -1,10 +1,9 @@
-// The six buffer calls and the strips behind them.
+// Where the buffers of a decoding run stand behind a jump to another strip. Those of an encoding
+// run show in the bytes and tables that an encoder leaves.
 
 #include <gtest/gtest.h>
 
 #include "codec/buffers.h"
-#include "container/streams.h"
-#include "platform/guards.h"
 #include "support/engine_run.h"
 
 namespace vellim::test {
@@ -53,42 +52,6 @@ TEST(DecodeBuffers, MovingToTheNextStrip) {
             EXPECT_EQ(FillCodeBuffer(&state), test.refill) << test.offsets[1];
         });
     }
-}
-
-// An engine that writes each line as its number, 7,000 times, into strips of two lines.
-TEST(EncodeBuffers, StripsAreEnteredAsTheyAreWritten) {
-    constexpr uint32_t kLineCode = 7000;
-    const EngineRun run{
-        .width = 8, .height = 5, .rowsPerStrip = 2, .offsets = {9, 9, 9}, .stream = {1, 2, 3, 4}};
-    WithState(run, [&](CodecState& state) {
-        state.Callback = [](uint8_t* line, uint32_t number, uintptr_t) -> uint32_t {
-            line[0] = static_cast<uint8_t>(number + 1);
-            return 0;
-        };
-        state.StripByteCounts = GlobalAlloc(GHND, 3 * sizeof(uint32_t));
-        ASSERT_EQ(mSeek(state.Stream, 0, 2), 4);
-        uint32_t result = InitEncodeBuffers(&state);
-        for (; result == 0; result = FillDataBuffer(&state)) {
-            for (uint32_t i = 0; i < kLineCode; ++i) {
-                if (state.CodeLeft == 0) FlushCodeBuffer(&state);
-                *state.CodeCursor++ = state.LineBuffer[0];
-                --state.CodeLeft;
-            }
-        }
-        EXPECT_EQ(result, 3U);
-        ASSERT_EQ(FlushCodeBuffer(&state), 0U);
-        const LockedBlock offsets(state.StripOffsets), counts(state.StripByteCounts);
-        for (uint32_t i = 0; i < 3; ++i) {
-            EXPECT_EQ(offsets.As<uint32_t>()[i], 4 + i * 2 * kLineCode);
-            EXPECT_EQ(counts.As<uint32_t>()[i], (i < 2 ? 2 : 1) * kLineCode);
-        }
-        Bytes expected = run.stream;
-        for (uint8_t line = 1; line <= 5; ++line)
-            expected.insert(expected.end(), kLineCode, line);
-        const LockedBlock written(mBlock(state.Stream));
-        ASSERT_EQ(mSize(state.Stream), std::ssize(expected));
-        EXPECT_TRUE(std::equal(expected.begin(), expected.end(), written.As<uint8_t>()));
-    });
 }
 
 }  // namespace

@@ -2,9 +2,12 @@
 // damage is kept, the rest is a failure, just as the reference decoders have it.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 
 #include "codec/decode_file.h"
+#include "codec/engines.h"
+#include "container/streams.h"
 #include "support/reference_ccitt.h"
 #include "support/reference_lzw.h"
 
@@ -19,44 +22,21 @@ struct Kind {
     uint16_t options;  // T4Options, or Predictor
     uint16_t bits, samples;
     uint32_t width;
+    Engine encode;
 };
 constexpr Kind kKinds[] = {
-    {1, 0, 1, 1, 77},     {1, 0, 8, 3, 19}, {2, 0, 1, 1, 77}, {3, 0, 1, 1, 77},
-    {3, 4, 1, 1, 77},     {3, 1, 1, 1, 77}, {4, 0, 1, 1, 77}, {5, 1, 1, 1, 77},
-    {5, 2, 4, 1, 41},     {5, 2, 8, 1, 33}, {5, 2, 8, 3, 19}, {32773, 0, 1, 1, 77},
-    {32773, 0, 8, 1, 33},
+    {1, 0, 1, 1, 77, EncodeRaw},          {1, 0, 8, 3, 19, EncodeRaw},
+    {2, 0, 1, 1, 77, Encode1D},           {3, 0, 1, 1, 77, Encode1D},
+    {3, 4, 1, 1, 77, Encode1D},           {3, 1, 1, 1, 77, EncodeGroup3TwoD},
+    {4, 0, 1, 1, 77, EncodeGroup4},       {5, 1, 1, 1, 77, EncodeLzw},
+    {5, 2, 4, 1, 41, EncodeLzw},          {5, 2, 8, 1, 33, EncodeLzw},
+    {5, 2, 8, 3, 19, EncodeLzw},          {32773, 0, 1, 1, 77, EncodePackBits},
+    {32773, 0, 8, 1, 33, EncodePackBits},
 };
-
-Bytes Flatten(const Picture& part) {
-    Bytes all;
-    for (const Bytes& row : part.rows)
-        all.insert(all.end(), row.begin(), row.end());
-    return all;
-}
-
-// Literal packets and repeats by turns, as they come.
-Bytes PackBits(const Picture& part) {
-    Bytes out;
-    for (const Bytes& row : part.rows) {
-        for (size_t i = 0; i < row.size(); ++i) {
-            const bool repeats = i + 1 < row.size() && row[i] == row[i + 1];
-            out.insert(out.end(), {static_cast<uint8_t>(repeats ? 0xFF : 0x00), row[i]});
-            if (repeats) ++i;
-        }
-    }
-    return out;
-}
 
 CompressionKey KeyOf(const Kind& kind) {
     if (kind.compression == 5) return kind.options == 2 ? TIFF_KEY_LZW_DIFFERENCING : TIFF_KEY_LZW;
     return kind.compression | uint32_t{kind.compression == 3 ? kind.options : 0U} << 16;
-}
-
-Bytes EncodeStrip(const Kind& kind, const Picture& part) {
-    if (kind.compression == 1) return Flatten(part);
-    if (kind.compression == 5) return EncodeLzwStrip(Flatten(part));
-    if (kind.compression == 32773) return PackBits(part);
-    return EncodeReference(KeyOf(kind), part);
 }
 
 // A file whose directory comes first, so that a cut through the strips leaves it readable.
@@ -67,12 +47,7 @@ struct StoredFile {
 
     [[nodiscard]] Bytes Stored() const {
         Bytes bytes = run.stream;
-        for (size_t i = firstStrip; lsbFirst && i < bytes.size(); ++i) {
-            unsigned mirrored = 0;
-            for (int bit = 0; bit < 8; ++bit)
-                mirrored = mirrored << 1 | (run.stream[i] >> bit & 1U);
-            bytes[i] = static_cast<uint8_t>(mirrored);
-        }
+        if (lsbFirst) ReverseBits(&bytes[firstStrip], bytes.size() - firstStrip);
         return bytes;
     }
 };
@@ -100,9 +75,12 @@ StoredFile Store(const Kind& kind, bool bigEndian, bool lastStripFirst) {
     file.firstStrip = BuildTiff({image}, bigEndian).size();
     Bytes strips;
     for (uint32_t row = 0; row < kHeight; row += kRowsPerStrip) {
-        const auto begin = picture.rows.begin() + row;
-        Bytes strip =
-            EncodeStrip(kind, {wide, {begin, begin + std::min(kRowsPerStrip, kHeight - row)}});
+        EngineRun part = file.run;
+        part.height = std::min(kRowsPerStrip, kHeight - row);
+        Bytes strip = RunEncoder(kind.encode, part, [&](uint8_t* line, uint32_t number) {
+                          std::ranges::copy(picture.rows[row + number], line);
+                          return 0U;
+                      }).stream;
         strip.push_back(0);  // look-ahead wants a byte behind the last code
         for (uint32_t& offset : file.run.offsets)
             offset += lastStripFirst ? static_cast<uint32_t>(strip.size()) : 0;

@@ -4,21 +4,12 @@
 #include <filesystem>
 
 #include "codec/decode_file.h"
-#include "platform/guards.h"
-#include "platform/memory_blocks.h"
-#include "support/engine_run.h"
-#include "vellim/vellim.h"
 
 namespace vellim::test {
 namespace {
 
 BITMAP Bitmap(int32_t width, int32_t height, uint16_t bits, uint16_t planes = 1) {
-    BITMAP bitmap{};
-    bitmap.bmWidth = width;
-    bitmap.bmHeight = height;
-    bitmap.bmPlanes = planes;
-    bitmap.bmBitsPixel = bits;
-    return bitmap;
+    return {0, width, height, 0, planes, bits, nullptr};
 }
 
 // A line of bytes that tell image and place.
@@ -114,13 +105,12 @@ TEST(EncodeDriver, AMemoryTiffGrowsFromNothing) {
     EXPECT_EQ(info.ByteOrder, TIFF_BIG_ENDIAN);
     for (int32_t image = 0; image < 3; image++) {
         ASSERT_EQ(GetTiffImage(again, image), 1);
-        Bytes first;
-        const Answer keep = [&](uint8_t* line, uint32_t) { return first.push_back(*line), 0U; };
-        EXPECT_EQ(
-            DecodeTiffImage(again, image, 0, 0, reinterpret_cast<uintptr_t>(&keep), CallAnswer), 1);
-        const auto mark = static_cast<uint8_t>(16 * (image + 1));
-        EXPECT_EQ(first, (Bytes{mark, uint8_t(mark + 1), uint8_t(mark + 2), uint8_t(mark + 3),
-                                uint8_t(mark + 4)}));
+        const Outcome got = Take(1, [&](uintptr_t data) {
+            return DecodeTiffImage(again, image, 0, 0, data, CallAnswer);
+        });
+        ASSERT_EQ(got.lines.size(), 5U);
+        for (int32_t y = 0; y < 5; y++)
+            EXPECT_EQ(got.lines[static_cast<size_t>(y)][0], 16 * (image + 1) + y);
     }
     CloseTiffFile(again);
     EXPECT_EQ(LiveGlobalBlocks(), blocks + 1);

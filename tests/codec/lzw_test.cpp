@@ -1,4 +1,5 @@
-// LZW against a slow reference: the same lines, code for code and failure for failure.
+// LZW beside slow references: the same bytes of any lines, the same lines of any codes, and failure
+// for failure.
 
 #include <gtest/gtest.h>
 
@@ -16,15 +17,10 @@ uint32_t Below(std::mt19937& random, uint32_t bound) {
     return std::uniform_int_distribution<uint32_t>(0, bound - 1)(random);
 }
 
-// `data` as strips, one behind the other.
-EngineRun EncodedRun(EngineRun run, const Bytes& data) {
-    const size_t stripBytes = size_t{run.RowBytes()} * run.rowsPerStrip;
-    for (size_t at = 0; at < data.size(); at += stripBytes) {
-        const Bytes part(&data[at], &data[at] + std::min(stripBytes, data.size() - at));
-        const Bytes strip = EncodeLzwStrip(part);
-        run.offsets.push_back(static_cast<uint32_t>(run.stream.size()));
-        run.stream.insert(run.stream.end(), strip.begin(), strip.end());
-    }
+EngineRun EncodedRun(EngineRun run, const Bytes& pixels) {
+    Encoded encoded = RunEncoder(EncodeLzw, run, LinesOf(pixels, run.RowBytes()));
+    run.stream = std::move(encoded.stream);
+    run.offsets = std::move(encoded.offsets);
     return run;
 }
 
@@ -116,6 +112,68 @@ TEST(Lzw, GoesOnWithAFullTable) {
     run.stream = PackLzwCodes(codes);
     const Outcome got = RunEngine(DecodeLzw, run);
     EXPECT_TRUE(got.code == 0 && got == ReferenceLzw(run));
+}
+
+// Pixels of one kind after the other: noise, few values, long runs, a single value, words.
+Bytes Pixels(std::mt19937& random, size_t size, uint32_t kind) {
+    Bytes pixels(size);
+    uint8_t last = 0;
+    for (size_t i = 0; i < size; ++i) {
+        const auto any = static_cast<uint8_t>(random() >> 8);
+        if (kind == 0 || (kind == 2 && random() % 90 == 0)) last = any;
+        if (kind == 1) last = any % 4;
+        if (kind == 4) last = static_cast<uint8_t>("the fax and the scan "[i * (1 + i / 900) % 21]);
+        pixels[i] = last;
+    }
+    return pixels;
+}
+
+void ExpectRoundTrip(const EngineRun& run, const Bytes& pixels) {
+    for (const auto& [stopAt, stop] :
+         {std::pair{~0U, 0U}, std::pair{run.height / 2, 3U}, std::pair{run.height / 3, 9U}}) {
+        const Answer source = LinesOf(pixels, run.RowBytes(), stopAt, stop);
+        const Encoded encoded = RunEncoder(EncodeLzw, run, source);
+        ASSERT_TRUE(encoded == ReferenceLzwEncoder(run, source)) << stopAt;
+        if (stop != 0) continue;
+        EngineRun stored = run;
+        stored.stream = encoded.stream;
+        stored.offsets = encoded.offsets;
+        const Outcome decoded = RunEngine(DecodeLzw, stored);
+        ASSERT_EQ(decoded.code, 0U);
+        for (size_t y = 0; y < run.height; ++y)
+            ASSERT_TRUE(std::equal(decoded.lines[y].begin(), decoded.lines[y].end(),
+                                   &pixels[y * run.RowBytes()]));
+    }
+}
+
+// Lines of a pixel, lines longer than a generation, bit counts that wrap round to 0 and beyond, and
+// strips of one line, of a few, and of all.
+TEST(Lzw, WritesWhatTheReferenceWrites) {
+    std::mt19937 random(3);
+    const EngineRun shapes[] = {{1, 1, 1},        {1, 700, 9},      {9, 900, 900},
+                                {310, 400, 26},   {640, 300, 300},  {2480, 60, 3},
+                                {8191, 12, 12},   {8192, 12, 6},    {20000, 9, 4},
+                                {1001, 40, 8, 4}, {77, 40, 11, 24}, {1728, 60, 37, 1}};
+    for (EngineRun run : shapes) {
+        for (uint32_t kind = 0; kind < 5; ++kind) {
+            const Bytes pixels = Pixels(random, size_t{run.RowBytes()} * run.height, kind);
+            SCOPED_TRACE(testing::Message() << run.width << " wide, kind " << kind);
+            for (const CompressionKey key : {TIFF_KEY_LZW, TIFF_KEY_LZW_DIFFERENCING}) {
+                run.key = key;
+                ASSERT_NO_FATAL_FAILURE(ExpectRoundTrip(run, pixels));
+            }
+        }
+    }
+}
+
+// Codes 256, 65, 257 and three zeros, nine bits each, filled up to pairs of bytes. A line of no
+// bytes can't be coded.
+TEST(Lzw, WritesTheSmallestStrip) {
+    const Encoded encoded =
+        RunEncoder(EncodeLzw, {1, 1, 1, 8, TIFF_KEY_LZW}, LinesOf(Bytes{65}, 1));
+    EXPECT_EQ(encoded.stream, (Bytes{0x80, 0x10, 0x60, 0x20, 0, 0, 0, 0}));
+    EXPECT_EQ(encoded.counts, std::vector<uint32_t>{8});
+    EXPECT_EQ(RunEncoder(EncodeLzw, {0, 1, 1, 8, TIFF_KEY_LZW}, LinesOf(Bytes{65}, 0)).code, 12U);
 }
 
 }  // namespace

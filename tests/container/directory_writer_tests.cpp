@@ -9,18 +9,6 @@
 namespace vellim::test {
 namespace {
 
-Bytes FileBytes(const std::string& path) {
-    Bytes bytes(std::filesystem::file_size(path));
-    const int32_t file = OpenFile(path.c_str(), nullptr, OF_READ);
-    _lread(file, bytes.data(), static_cast<uint32_t>(bytes.size()));
-    _lclose(file);
-    return bytes;
-}
-
-int32_t Define(TiffFileHandle file, int32_t image, const TagSpec& tag) {
-    return DefineTiffImageInfoBuffer(file, image, tag.tag, tag.value.data(), tag.type, tag.count);
-}
-
 TEST(DirectoryWriter, LaysOutValuesThenEntriesInAscendingOrder) {
     const Bytes header = {'M', 'M', 0, 42, 0, 0, 0, 0};
     const std::string path = FileOf(header, "written.tif");
@@ -41,21 +29,21 @@ TEST(DirectoryWriter, LaysOutValuesThenEntriesInAscendingOrder) {
                          1,   14,  0,   2,   0, 0, 0, 4,  'x',  'y',  'z', 0,   // 270
                          1,   26,  0,   5,   0, 0, 0, 1,  0,    0,    0,   13,  // 282
                          0,   0,   0,   0};
-    EXPECT_EQ(FileBytes(path), first);
+    EXPECT_EQ(ReadFile(path), first);
 
     ASSERT_EQ(DefineTiffImage(file), 1);
     ASSERT_EQ(WriteTiffImageDirectory(file, 1), 0) << "no tags are tags too";
     Bytes second = first;
     second.back() = static_cast<uint8_t>(first.size());
     second.insert(second.end(), 6, 0);
-    EXPECT_EQ(FileBytes(path), second);
+    EXPECT_EQ(ReadFile(path), second);
     CloseTiffFile(file);
     EXPECT_EQ(GetNumberOfImagesInTiffFile(path.c_str()), 2);
 }
 
 TEST(DirectoryWriter, RefusesWithoutTouchingAnything) {
     const std::string path = FileOf(BuildTiff({{{ShortTag(256, {1})}, {}}}), "refused.tif");
-    const Bytes before = FileBytes(path);
+    const Bytes before = ReadFile(path);
     const TiffFileHandle file = OpenTiffFile(path.c_str(), T_APPEND);
     EXPECT_EQ(WriteTiffImageDirectory(file, 0), TIFF_NO_MEMORY) << "no tags in memory";
     const int32_t image = DefineTiffImage(file);
@@ -63,7 +51,7 @@ TEST(DirectoryWriter, RefusesWithoutTouchingAnything) {
     for (const uint32_t size : {32768U, 32767U}) {
         ASSERT_EQ(DefineTiffImageInfoBuffer(file, image, 40000, value.data(), 1, size), 1);
         EXPECT_EQ(WriteTiffImageDirectory(file, image), size == 32768 ? TIFF_BAD_TAG : 0);
-        EXPECT_EQ(FileBytes(path) == before, size == 32768);
+        EXPECT_EQ(ReadFile(path) == before, size == 32768);
     }
     CloseTiffFile(file);
 
@@ -72,7 +60,7 @@ TEST(DirectoryWriter, RefusesWithoutTouchingAnything) {
     EXPECT_EQ(WriteTiffImageDirectory(created, DefineTiffImage(created)), TIFF_IO_ERROR);
     EXPECT_FALSE(std::filesystem::exists(missing));
     CloseTiffFile(created);
-    const OpenedTiff memory(BuildTiff({{{ShortTag(256, {1})}, {}}}));
+    const OpenedTiff memory(before);
     GetTiffImage(memory.Handle(), 0);
     EXPECT_EQ(WriteTiffImageDirectory(memory.Handle(), 0), TIFF_IO_ERROR);
 }

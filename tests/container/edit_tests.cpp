@@ -1,84 +1,19 @@
 // Stored files edited, and images copied between files.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <map>
 
 #include "container/opened_tiff.h"
 #include "container/streams.h"
 #include "platform/file_replacement.h"
+#include "support/stored_tiff.h"
 #include "vellim/edit.h"
 #include "vellim/failures.h"
-#include "vellim/tags.h"
 
 namespace vellim::test {
 namespace {
 
 namespace fs = std::filesystem;
-using Directory = std::map<uint16_t, TagSpec>;
-
-Bytes Read(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
-// Of a file that isn't there.
-std::string NewPath(const char* name) {
-    std::string path = FileOf({}, name);
-    fs::remove(path);
-    return path;
-}
-
-uint64_t Number(const Bytes& bytes, size_t at, size_t width, bool bigEndian) {
-    uint64_t number = 0;
-    for (size_t i = 0; i < width; i++)
-        number = number << 8 | bytes.at(bigEndian ? at + i : at + width - 1 - i);
-    return number;
-}
-
-uint64_t Element(const TagSpec& tag, size_t index) {
-    const size_t width = tag.value.size() / tag.count;
-    return Number(tag.value, index * width, width, false);
-}
-
-// The directories of a file, values at their true width, read without the library.
-std::vector<Directory> Directories(const Bytes& file) {
-    const bool big = file.at(0) == 'M';
-    const auto number = [&](size_t at, size_t width) { return Number(file, at, width, big); };
-    std::vector<Directory> all;
-    for (size_t at = number(4, 4); at != 0; at = number(at + 2 + 12 * number(at, 2), 4)) {
-        all.emplace_back();
-        for (size_t i = 0, entry = at + 2; i < number(at, 2); i++, entry += 12) {
-            constexpr size_t widths[] = {1, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4};
-            TagSpec tag{static_cast<uint16_t>(number(entry, 2)),
-                        static_cast<uint16_t>(number(entry + 2, 2)),
-                        static_cast<uint32_t>(number(entry + 4, 4)),
-                        {}};
-            const size_t width = widths[tag.type], bytes = tag.count * width;
-            const size_t unit = tag.type == 5 || tag.type == 10 ? 4 : width;
-            const size_t from = bytes <= 4 ? entry + 8 : number(entry + 8, 4);
-            for (size_t byte = 0; byte < bytes; byte++)
-                tag.value.push_back(static_cast<uint8_t>(number(from + byte / unit * unit, unit) >>
-                                                         8 * (byte % unit)));
-            all.back()[tag.tag] = tag;
-        }
-    }
-    return all;
-}
-
-Bytes Piece(const Bytes& file, uint64_t from, uint64_t bytes) {
-    const auto begin = file.begin() + static_cast<ptrdiff_t>(from);
-    return {begin, begin + static_cast<ptrdiff_t>(bytes)};
-}
-
-std::vector<Bytes> Strips(const Bytes& file, const Directory& image) {
-    std::vector<Bytes> strips;
-    for (size_t i = 0; i < image.at(273).count; i++)
-        strips.push_back(Piece(file, Element(image.at(273), i), Element(image.at(279), i)));
-    return strips;
-}
 
 // Everything but where the strips lie.
 void ExpectSameImage(const Bytes& a, Directory imageA, const Bytes& b, Directory imageB) {
@@ -91,10 +26,7 @@ void ExpectSameImage(const Bytes& a, Directory imageA, const Bytes& b, Directory
 }
 
 TagSpec Plain(uint16_t tag, uint16_t type, uint32_t count, size_t bytes) {
-    TagSpec spec{tag, type, count, Bytes(bytes)};
-    for (size_t i = 0; i < bytes; i++)
-        spec.value[i] = static_cast<uint8_t>(tag + i + 1);
-    return spec;
+    return {tag, type, count, Counted(bytes, static_cast<uint8_t>(tag + 1))};
 }
 
 // Three images with strips out of order and apart, and values of every width.
@@ -107,7 +39,7 @@ Bytes Various(bool bigEndian) {
               Plain(40002, 10, 1, 8), Plain(40003, 11, 1, 4), Plain(40004, 12, 3, 24),
               Plain(40005, 13, 5, 20), Plain(40006, 7, 5, 5), Plain(40007, 12, 30000, 240000),
               LongTag(273, {20, 9U + i, 15})},
-             {{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}}});
+             {Counted(16)}});
     return BuildTiff(images, bigEndian);
 }
 
@@ -125,15 +57,15 @@ TEST(EditedFile, IsLaidOutDirectoryFirst) {
         true);
     const std::string path = FileOf(old, "edit.tif");
     ASSERT_EQ(Add(path, 0, {40000, 8, 3, {1, 0, 0xFE, 0xFF, 3, 0}}), 1);
-    EXPECT_EQ(Read(path), (Bytes{'I',  'I',  42,  0,   8,   0, 0, 0, 5,    0,           //
-                                 0,    1,    3,   0,   1,   0, 0, 0, 5,    0,    0, 0,  // 256
-                                 0x11, 1,    4,   0,   1,   0, 0, 0, 86,   0,    0, 0,  // 273
-                                 0x17, 1,    3,   0,   1,   0, 0, 0, 3,    0,    0, 0,  // 279
-                                 0x31, 1,    2,   0,   6,   0, 0, 0, 74,   0,    0, 0,  // 305
-                                 0x40, 0x9C, 8,   0,   3,   0, 0, 0, 80,   0,    0, 0,  // 40000
-                                 0,    0,    0,   0,                                    //
-                                 'a',  'b',  'c', 'd', 'e', 0, 1, 0, 0xFE, 0xFF, 3, 0,  //
-                                 161,  162,  163}));
+    EXPECT_EQ(ReadFile(path), (Bytes{'I',  'I',  42,  0,   8,   0, 0, 0, 5,    0,           //
+                                     0,    1,    3,   0,   1,   0, 0, 0, 5,    0,    0, 0,  // 256
+                                     0x11, 1,    4,   0,   1,   0, 0, 0, 86,   0,    0, 0,  // 273
+                                     0x17, 1,    3,   0,   1,   0, 0, 0, 3,    0,    0, 0,  // 279
+                                     0x31, 1,    2,   0,   6,   0, 0, 0, 74,   0,    0, 0,  // 305
+                                     0x40, 0x9C, 8,   0,   3,   0, 0, 0, 80,   0,    0, 0,  // 40000
+                                     0,    0,    0,   0,                                    //
+                                     'a',  'b',  'c', 'd', 'e', 0, 1, 0, 0xFE, 0xFF, 3, 0,  //
+                                     161,  162,  163}));
 }
 
 TEST(EditedFile, HasAllElseAsItWas) {
@@ -147,7 +79,7 @@ TEST(EditedFile, HasAllElseAsItWas) {
         ASSERT_EQ(DeleteTiffTagOfImage(path.c_str(), 0, 999), 1) << "was never there";
         expected[1][40003] = added;
         expected[2].erase(305);
-        const Bytes now = Read(path);
+        const Bytes now = ReadFile(path);
         EXPECT_EQ(now[0], 'I');
         const std::vector<Directory> images = Directories(now);
         ASSERT_EQ(images.size(), 3U);
@@ -166,7 +98,7 @@ TEST(CopiedImage, HasAllAsItWas) {
             const Bytes source = Various(fromBig), before = Various(toBig);
             const std::string from = FileOf(source, "from.tif"), to = FileOf(before, "to.tif");
             ASSERT_EQ(Copy(from, 2, to, T_APPEND) + Copy(to, 3, to, T_APPEND), 2);
-            const Bytes now = Read(to);
+            const Bytes now = ReadFile(to);
             const std::vector<Directory> images = Directories(now);
             ASSERT_EQ(images.size(), 5U);
             ExpectSameImage(source, Directories(source)[2], now, images[3]);
@@ -184,7 +116,7 @@ TEST(ShortOffsets, BecomeLongOnesWhereTheyMust) {
             BuildTiff({large, {{ShortTag(273, {9, 8, 10}), ShortTag(279, {4, 5, 6})}, {}}});
         const std::string path = FileOf(old, "edit.tif");
         EXPECT_EQ(DeleteTiffTagOfImage(path.c_str(), 0, 999), 1);
-        const Bytes now = Read(path);
+        const Bytes now = ReadFile(path);
         const Directory image = Directories(now).at(1);
         EXPECT_EQ(Strips(now, image), Strips(old, Directories(old)[1]));
         EXPECT_EQ(Directories(now)[0].at(273).type, TIFF_TYPE_SHORT);
@@ -197,9 +129,7 @@ TEST(ShortOffsets, BecomeLongOnesWhereTheyMust) {
 }
 
 TEST(JpegTables, LieBehindTheTiles) {
-    Bytes data(300);  // at 8: the tiles, then the tables, all with something between them
-    for (size_t i = 0; i < data.size(); i++)
-        data[i] = static_cast<uint8_t>(i);
+    Bytes data = Counted(300, 0);  // at 8: tiles, then tables, all with something between them
     for (const size_t table : {100U, 200U})
         std::fill_n(&data[table], 16, uint8_t{0});
     data[103] = 2;
@@ -210,7 +140,7 @@ TEST(JpegTables, LieBehindTheTiles) {
     const Bytes old = BuildTiff({{{ShortTag(262, {1})}, {data}}, jpeg}, true);
     const std::string path = FileOf(old, "jpeg.tif");
     ASSERT_EQ(Add(path, 1, ShortTag(262, {6})), 1);
-    const Bytes now = Read(path);
+    const Bytes now = ReadFile(path);
     const Directory before = Directories(old)[1], after = Directories(now)[1];
     uint64_t at = Element(after.at(324), 0);
     const std::map<uint16_t, std::vector<uint64_t>> sizes = {
@@ -245,7 +175,7 @@ TEST(RefusedEdit, LeavesTheOldFile) {
         const std::string path = FileOf(c.old, "refused.tif"), temporary = NewPath("refused.~~~");
         EXPECT_EQ(Add(path, c.image, c.tag), 0);
         EXPECT_EQ(TiffError(), c.code);
-        EXPECT_EQ(Read(path), c.old);
+        EXPECT_EQ(ReadFile(path), c.old);
         EXPECT_EQ(fs::exists(temporary), c.began) << c.code;
     }
     const std::string path = FileOf(sound, "taken.tif"), temporary = NewPath("taken.~~~");
@@ -254,23 +184,22 @@ TEST(RefusedEdit, LeavesTheOldFile) {
         EXPECT_EQ(DeleteTiffTagOfImage(other.c_str(), 0, 258), 0);
         EXPECT_EQ(SetTiffError(TIFF_SUCCESS), TIFF_IO_ERROR);
     }
-    EXPECT_EQ(Read(path), sound);
+    EXPECT_EQ(ReadFile(path), sound);
 }
 
 TEST(EditedFile, KeepsItsNameModeAndLinks) {
     const Bytes old = Various(false);
-    const std::string anchor = FileOf(old, "anchor");
-    const fs::path folder = fs::path(anchor).replace_filename("names");
-    fs::create_directory(folder);
+    const std::string original = FileOf(old, "original.tif");
+    const fs::path folder = NewFolder("names");
     fs::create_directory_symlink(folder, folder / "again");
     for (const char* name : {"page.tif", "page.~~~", "page"}) {
         const fs::path page = folder / name;
-        fs::copy_file(anchor, page);
+        fs::copy_file(original, page);
         fs::permissions(page, fs::perms{0640});
         fs::create_symlink(std::string("again/") + name, folder / "link.tiff");
         ASSERT_EQ(DeleteTiffTagOfImage((folder / "link.tiff").c_str(), 0, 305), 1) << name;
         EXPECT_TRUE(fs::is_symlink(folder / "link.tiff"));
-        EXPECT_EQ(Directories(Read(page))[0].count(305), 0U) << name;
+        EXPECT_EQ(Directories(ReadFile(page))[0].count(305), 0U) << name;
         EXPECT_EQ(fs::status(page).permissions(), fs::perms{0640});
         fs::remove(folder / "link.tiff");
         fs::remove(page);
@@ -289,32 +218,32 @@ TEST(CopyThatWouldLoseSomething, IsRefused) {
               0);
     EXPECT_EQ(TiffError(), TIFF_IO_ERROR);
     EXPECT_EQ(memory.ImageCount() + NumberOfTiffImages(stale, TIFF_ALL_IMAGES), 6);
-    EXPECT_EQ(Read(path), old);
+    EXPECT_EQ(ReadFile(path), old);
     EXPECT_EQ(Copy(path, 0, path, T_APPEND), 1);
     EXPECT_EQ(CopyTiffImage(stale, 1, stale), 1) << "knows nothing of the fourth image";
     EXPECT_EQ(GetNumberOfImagesInTiffFile(path.c_str()), 5);
 
     ASSERT_EQ(DeleteTiffTagOfImage(path.c_str(), 0, 305), 1);
-    const Bytes edited = Read(path);
+    const Bytes edited = ReadFile(path);
     EXPECT_EQ(GetTiffImage(stale, 2) + CopyTiffImage(stale, 3, stale), 0) << "another file by now";
     EXPECT_EQ(WriteTiffImageDirectory(stale, DefineTiffImage(stale)), TIFF_IO_ERROR);
-    EXPECT_EQ(Read(path), edited);
+    EXPECT_EQ(ReadFile(path), edited);
     CloseTiffFile(stale);
 
     const StreamHandle writer = OpenFile(path.c_str(), nullptr, OF_READWRITE | OF_SHARE_DENY_WRITE);
     EXPECT_EQ(DeleteTiffTagOfImage(path.c_str(), 0, 305) + Copy(path, 0, path, T_APPEND), 0)
         << "the file is being written to";
-    EXPECT_EQ(Read(path), edited);
+    EXPECT_EQ(ReadFile(path), edited);
     mClose(writer);
     const std::string good = FileOf(old, "good.tif");
     EXPECT_EQ(Copy(FileOf(BuildTiff({{{ShortTag(256, {1})}, {}}}), "bad.tif"), 0, good, T_CREAT),
               0);
-    EXPECT_EQ(Read(good), old) << "emptied for an image that can't be copied";
+    EXPECT_EQ(ReadFile(good), old) << "emptied for an image that can't be copied";
 }
 
 // Byte counts that reach beyond the file's end, and strips that share their bytes.
 TEST(LyingStrips, CostWhatIsThere) {
-    const Bytes data = {1, 2, 3, 4, 5, 6, 7, 8};
+    const Bytes data = Counted(8);
     const std::string to = FileOf({}, "copy.tif");
     const auto copy = [&](const std::vector<uint32_t>& offsets, const std::vector<uint32_t>& counts,
                           size_t filler) {
@@ -323,12 +252,12 @@ TEST(LyingStrips, CostWhatIsThere) {
         return Copy(FileOf(file, "from.tif"), 1, to, T_CREAT);
     };
     const auto piece = [&](size_t index, uint64_t bytes) {
-        const Bytes now = Read(to);
+        const Bytes now = ReadFile(to);
         return Piece(now, Element(Directories(now)[0].at(273), index), bytes);
     };
     EXPECT_EQ(copy({8, 1000}, {UINT32_MAX, 7}, 0), 1);
     EXPECT_EQ(piece(0, 8), data);
-    EXPECT_LT(Read(to).size(), 300U);
+    EXPECT_LT(ReadFile(to).size(), 300U);
     EXPECT_EQ(copy({60, 9}, {10000, 5}, 0), 1);
     EXPECT_EQ(piece(1, 5), Piece(data, 1, 5)) << "behind a strip that is cut short";
     const std::vector<uint32_t> eight(4000, 8), all(4000, 10000);
@@ -344,11 +273,11 @@ TEST(EditedFile, PassesAnIndependentReader) {
     const std::string to = FileOf({}, "copied.tif");
     ASSERT_EQ(Add(path, 1, AsciiTag(305, "edited")), 1);
     ASSERT_EQ(Copy(path, 1, to, T_CREAT) + Copy(path, 2, to, T_APPEND), 2);
-    setenv("A", path.c_str(), 1);
-    setenv("B", to.c_str(), 1);
-    for (const char* judged : {"test -z \"$(tiffinfo -d $A $B 2>&1 >$A.txt)\"",
-                               "tiffcp $A,1,2 $A.part && tiffcp $B $B.part && cmp $A.part $B.part"})
-        EXPECT_EQ(std::system(judged), 0) << judged;
+    EXPECT_EQ(Shell("tiffinfo -d " + path + " " + to + " >/dev/null"), "");
+    const std::string part = NewPath("part.tif"), whole = NewPath("whole.tif");
+    EXPECT_EQ(Shell("tiffcp " + path + ",1,2 " + part + "; tiffcp " + to + " " + whole + "; cmp " +
+                    part + " " + whole),
+              "");
 }
 
 }  // namespace

@@ -9,32 +9,16 @@
 #include "container/tiff_file.h"
 #include "vellim/failures.h"
 #include "vellim/queries.h"
-#include "vellim/tags.h"
 
 namespace vellim::test {
 namespace {
 
-uint32_t LongAt(const Bytes& bytes, size_t at) {
-    uint32_t value = 0;
-    std::memcpy(&value, &bytes.at(at + 3) - 3, 4);
-    return value;
-}
-
-// Where the link of each image of an "II" file stands.
-std::vector<size_t> LinksOf(const Bytes& bytes) {
-    std::vector<size_t> links;
-    for (uint32_t start = LongAt(bytes, 4); start != 0; start = LongAt(bytes, links.back()))
-        links.push_back(start + 2 + (LongAt(bytes, start) & 0xFFFF) * 12);
-    return links;
-}
-
 // Three images with subfile types 1 (NewSubfileType), 2 (SubfileType 3) and none.
 Bytes ThreeImages(bool bigEndian = false) {
-    std::vector<ImageSpec> images(
-        3, SimpleImage(16, 4, 8, 3, 1, 2, 2, {Bytes(96, 0x55), Bytes(96, 0xAA)}));
-    images[0].tags.push_back(LongTag(TIFF_TAG_NEW_SUBFILE_TYPE, {1}));
-    images[1].tags.push_back(ShortTag(TIFF_TAG_SUBFILE_TYPE, {3}));
-    return BuildTiff(images, bigEndian);
+    const ImageSpec image = SimpleImage(16, 4, 8, 3, 1, 2, 2, {Bytes(96, 0x55), Bytes(96, 0xAA)});
+    return BuildTiff({With(image, {LongTag(TIFF_TAG_NEW_SUBFILE_TYPE, {1})}),
+                      With(image, {ShortTag(TIFF_TAG_SUBFILE_TYPE, {3})}), image},
+                     bigEndian);
 }
 
 TEST(Open, FindsTheImagesOnDiskAndInMemoryInBothByteOrders) {

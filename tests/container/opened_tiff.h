@@ -1,11 +1,12 @@
-// A TIFF made by a test, open for the length of a scope: from a file, from a memory block, or new.
+// A TIFF made by a test, open for the length of a scope: from a file, from a memory block, or new;
+// and the tags of images as the library gives and takes them.
 #pragma once
 
 #include <string>
 
-#include "platform/guards.h"
-#include "support/tiff_builder.h"
+#include "support/test_files.h"
 #include "vellim/files.h"
+#include "vellim/tags.h"
 
 namespace vellim::test {
 
@@ -40,5 +41,23 @@ class OpenedTiff {
     std::string path_;
     TiffFileHandle handle_ = 0;
 };
+
+struct Asked {
+    int32_t result = -1;
+    uint32_t type = 0, count = 0;
+    Bytes value = {};
+};
+
+inline Asked Ask(TiffFileHandle file, uint32_t tag) {
+    Asked asked;
+    GlobalHandle block = 0;
+    asked.result = GetTiffImageInfoBuffer(file, 0, tag, &block, &asked.type, &asked.count);
+    asked.value = BytesOf(OwnedBlock(block).Get());
+    return asked;
+}
+
+inline int32_t Define(TiffFileHandle file, int32_t image, const TagSpec& tag) {
+    return DefineTiffImageInfoBuffer(file, image, tag.tag, tag.value.data(), tag.type, tag.count);
+}
 
 }  // namespace vellim::test

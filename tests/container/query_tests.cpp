@@ -8,8 +8,6 @@
 #include "container/opened_tiff.h"
 #include "vellim/failures.h"
 #include "vellim/queries.h"
-#include "vellim/streams.h"
-#include "vellim/tags.h"
 
 namespace vellim::test {
 namespace {
@@ -20,7 +18,7 @@ struct ImageOf : OpenedTiff {
     explicit ImageOf(const std::vector<TagSpec>& tags) {
         DefineTiffImage(Handle());
         for (const TagSpec& tag : tags)
-            DefineTiffImageInfoBuffer(Handle(), 0, tag.tag, tag.value.data(), tag.type, tag.count);
+            Define(Handle(), 0, tag);
     }
 };
 

@@ -1,26 +1,12 @@
 // Streams in memory and on disk, and counted runs of elements on them.
 #include <gtest/gtest.h>
 
-#include <numeric>
-
 #include "container/streams.h"
-#include "platform/guards.h"
-#include "support/tiff_builder.h"
+#include "support/test_files.h"
 #include "vellim/failures.h"
 
 namespace vellim::test {
 namespace {
-
-Bytes Counted(size_t count, uint8_t first = 1) {
-    Bytes bytes(count);
-    std::iota(bytes.begin(), bytes.end(), first);
-    return bytes;
-}
-
-Bytes BytesOf(GlobalHandle block) {
-    const LockedBlock locked(block);
-    return {locked.As<uint8_t>(), locked.As<uint8_t>() + locked.Size()};
-}
 
 TEST(MemoryStreams, TakeTheFirstFreeOfTwentyNineHandles) {
     for (StreamHandle expected = -2; expected >= -30; expected--)

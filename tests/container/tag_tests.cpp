@@ -2,49 +2,25 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <numeric>
 
 #include "container/opened_tiff.h"
 #include "vellim/failures.h"
 #include "vellim/streams.h"
-#include "vellim/tags.h"
 
 namespace vellim::test {
 namespace {
 
 constexpr uint32_t kUntouched = 0xEEEEEEEE;
 
-struct Answer {
-    int32_t result = -1;
-    uint32_t type = 0, count = 0;
-    Bytes value;
-};
-
-Answer Ask(TiffFileHandle file, uint32_t tag) {
-    Answer answer;
-    GlobalHandle block = 0;
-    answer.result = GetTiffImageInfoBuffer(file, 0, tag, &block, &answer.type, &answer.count);
-    const OwnedBlock owned(block);
-    const LockedBlock locked(block);
-    if (locked) answer.value.assign(locked.As<uint8_t>(), locked.As<uint8_t>() + locked.Size());
-    return answer;
-}
-
 std::vector<uint32_t> AllTags(TiffFileHandle file) {
-    const Answer answer = Ask(file, TIFF_ALL_TAGS);
+    const Asked answer = Ask(file, TIFF_ALL_TAGS);
     std::vector<uint32_t> tags(answer.value.size() / 4);
     std::memcpy(tags.data(), answer.value.data(), 4 * tags.size());
     return tags;
 }
 
-int32_t Define(TiffFileHandle file, const TagSpec& tag) {
-    return DefineTiffImageInfoBuffer(file, 0, tag.tag, tag.value.data(), tag.type, tag.count);
-}
-
-TagSpec BytesTag(uint16_t tag, uint16_t type, size_t count) {
-    TagSpec spec = {tag, type, static_cast<uint32_t>(count), Bytes(count)};
-    std::iota(spec.value.begin(), spec.value.end(), uint8_t{1});
-    return spec;
+TagSpec BytesTag(uint16_t tag, uint16_t type, uint32_t count) {
+    return {tag, type, count, Counted(count)};
 }
 
 TEST(StoredTags, ComeInHostOrderWhateverTheFilesOrder) {
@@ -58,7 +34,7 @@ TEST(StoredTags, ComeInHostOrderWhateverTheFilesOrder) {
         ASSERT_EQ(GetTiffImage(tiff.Handle(), 0), 1);
         EXPECT_EQ(AllTags(tiff.Handle()).size(), tags.size());
         for (const TagSpec& tag : tags) {
-            const Answer answer = Ask(tiff.Handle(), tag.tag);
+            const Asked answer = Ask(tiff.Handle(), tag.tag);
             EXPECT_TRUE(answer.result == 1 && answer.type == tag.type) << tag.tag;
             EXPECT_TRUE(answer.count == tag.count && answer.value == tag.value) << tag.tag;
         }
@@ -102,7 +78,7 @@ TEST(FirstElement, IsStoredByItsType) {
                           {ShortTag(2, {0x1234, 5}), 0x1234, kUntouched},
                           {RationalTag(4, 204, 7), 204, 7}}) {
         uint32_t value[2] = {kUntouched, kUntouched};
-        ASSERT_EQ(Define(tiff.Handle(), c.tag), 1);
+        ASSERT_EQ(Define(tiff.Handle(), 0, c.tag), 1);
         EXPECT_EQ(GetTiffImageInfo(tiff.Handle(), 0, c.tag.tag, value), 1) << c.tag.tag;
         EXPECT_EQ(std::pair(value[0], value[1]), std::pair(c.first, c.second)) << c.tag.tag;
     }
@@ -116,7 +92,7 @@ TEST(DefinedTags, ReplaceTheirOldValueAtTheEndOfTheList) {
     ASSERT_EQ(DefineTiffImage(file), 0);
     for (const TagSpec& tag : {ShortTag(300, {1}), BytesTag(100, 1, 3000), LongTag(200, {2}),
                                AsciiTag(300, "longer than before")})
-        ASSERT_EQ(Define(file, tag), 1);
+        ASSERT_EQ(Define(file, 0, tag), 1);
     ASSERT_EQ(DefineTiffImageInfo(file, 0, 100, TIFF_TYPE_SHORT, 0x10005), 1);
     EXPECT_EQ(AllTags(file), (std::vector<uint32_t>{200, 300, 100}));
     EXPECT_EQ(Ask(file, 100).value, (Bytes{5, 0}));

@@ -6,10 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
-#include <string>
-
+#include "support/test_files.h"
 #include "vellim/platform.h"
 
 namespace vellim::test {
@@ -20,13 +17,9 @@ namespace fs = std::filesystem;
 class Replacement : public testing::Test {
   protected:
     void SetUp() override { std::ofstream(Path("old")) << "old"; }
-    void TearDown() override { fs::remove_all(folder); }
 
     std::string Path(const char* name) const { return (folder / name).string(); }
-    std::string Content(const char* name) const {
-        std::ifstream in(Path(name));
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
+    std::string Content(const char* name) const { return ReadText(Path(name)); }
     int32_t Create(const char* name) const {
         return CreateReplacement(Path("old").c_str(), Path(name).c_str());
     }
@@ -34,8 +27,7 @@ class Replacement : public testing::Test {
         return CommitReplacement(file, Path("new").c_str(), Path("old").c_str());
     }
 
-    fs::path folder =
-        fs::canonical(mkdtemp((fs::temp_directory_path() / "XXXXXX").string().data()));
+    fs::path folder = NewFolder("replaced");
 };
 
 TEST_F(Replacement, TakesNameAndModeInOneStep) {

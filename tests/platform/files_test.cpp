@@ -3,34 +3,25 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <filesystem>
-#include <fstream>
-#include <string>
 
+#include "support/test_files.h"
 #include "vellim/platform.h"
 
+namespace vellim::test {
 namespace {
 
 namespace fs = std::filesystem;
 
 class Files : public testing::Test {
   protected:
-    void TearDown() override { fs::remove_all(folder); }
-
     std::string Path(const char* name) const { return (folder / name).string(); }
     std::string Make(const char* name, const char* content) const {
         std::ofstream(Path(name), std::ios::binary) << content;
         return Path(name);
     }
 
-    fs::path folder =
-        fs::canonical(mkdtemp((fs::temp_directory_path() / "XXXXXX").string().data()));
+    fs::path folder = fs::canonical(NewFolder("files"));
 };
-
-std::string Content(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
 
 int32_t Open(const std::string& path, uint32_t style) {
     return OpenFile(path.c_str(), nullptr, style);
@@ -66,7 +57,7 @@ TEST_F(Files, OnlyCreatingMakesOrCuts) {
         const int32_t file = Open(path, c.style);
         EXPECT_EQ(file > 0, c.opens) << c.style;
         EXPECT_EQ(_lclose(file), c.opens && (c.style & OF_EXIST) == 0 ? 0 : -1);
-        EXPECT_EQ(Content(path), c.left) << c.style;
+        EXPECT_EQ(ReadText(path), c.left) << c.style;
         fs::remove(path);
         _lclose(Open(path, c.style));
         EXPECT_EQ(fs::exists(path), c.opensMissing) << c.style;
@@ -116,14 +107,15 @@ TEST_F(Files, HoldOffASecondWriterMoveAndGo) {
     const std::string a = Make("a", "A"), b = Make("b", "B"), c = Path("c");
     const int32_t writer = Open(a, OF_READWRITE | OF_SHARE_DENY_READ);
     EXPECT_EQ(Open(a, OF_CREATE | OF_READWRITE | OF_SHARE_DENY_READ), -1);
-    EXPECT_EQ(Content(a), "A") << "the refused writer cut nothing";
+    EXPECT_EQ(ReadText(a), "A") << "the refused writer cut nothing";
     EXPECT_EQ(_lclose(Open(a, OF_READ | OF_SHARE_EXCLUSIVE)), 0);
     EXPECT_EQ(_lclose(writer) + _lclose(Open(a, OF_WRITE | OF_SHARE_EXCLUSIVE)), 0);
     EXPECT_EQ(MoveFileA(a.c_str(), b.c_str()), 0) << "the target is there";
-    EXPECT_EQ(Content(b), "B");
+    EXPECT_EQ(ReadText(b), "B");
     EXPECT_EQ(MoveFileA(a.c_str(), c.c_str()), 1);
     EXPECT_EQ(DeleteFileA(b.c_str()), 1);
     EXPECT_EQ(DeleteFileA(b.c_str()) + DeleteFileA(folder.c_str()), 0);
 }
 
 }  // namespace
+}  // namespace vellim::test

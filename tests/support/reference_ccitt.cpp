@@ -34,7 +34,6 @@ struct BitWriter {
             ++count_;
         }
     }
-    void Align() { count_ = bytes_.size() * 8; }
     void AlignSoThat(size_t bits) {
         while ((count_ + bits) % 8 != 0)
             Put("0");
@@ -455,38 +454,10 @@ Picture RandomPicture(uint32_t seed, int32_t width, int32_t height, double meanR
     return picture;
 }
 
-Bytes EncodeReference(CompressionKey key, const Picture& picture, int32_t k) {
-    constexpr std::string_view kEndOfLine = "000000000001";
-    BitWriter out;
-    const bool group3 = (key & 0xFFFF) == 3;
-    const bool twoDimensional = key == TIFF_KEY_GROUP3_2D || key == TIFF_KEY_GROUP3_2D_FILL;
-    const bool fill = group3 && (key & 0x40000) != 0;
-    const auto putEndOfLine = [&](std::string_view tag) {
-        if (fill) out.AlignSoThat(kEndOfLine.size() + tag.size());
-        out.Put(kEndOfLine);
-        out.Put(tag);
-    };
-    Bytes above(static_cast<size_t>(picture.width + 7) / 8);
-    for (size_t y = 0; y < picture.rows.size(); ++y) {
-        const bool oneDimensional = !twoDimensional || y % static_cast<size_t>(k) == 0;
-        if (group3) putEndOfLine(!twoDimensional ? "" : oneDimensional ? "1" : "0");
-        if (key == TIFF_KEY_GROUP4 || !oneDimensional)
-            PutRow2D(out, picture.rows[y], above, picture.width);
-        else
-            PutRow1D(out, picture.rows[y], picture.width);
-        if (key == TIFF_KEY_CCITT_1D || key == TIFF_KEY_CCITT_1D_BARE) out.Align();
-        above = picture.rows[y];
-    }
-    for (int i = 0; i < (group3 ? 6 : 0); ++i)
-        putEndOfLine(twoDimensional ? "1" : "");
-    for (int i = 0; i < (key == TIFF_KEY_GROUP4 ? 2 : 0); ++i)
-        out.Put(kEndOfLine);
-    return out.Take();
-}
-
-Encoded EncodeStrips(const EngineRun& run, const Picture& picture, int32_t k, size_t lines) {
+Encoded ReferenceCcittEncoder(const EngineRun& run, const Picture& picture, int32_t k,
+                              size_t lines) {
     Encoded result;
-    result.offsets.resize((run.height + run.rowsPerStrip - 1) / run.rowsPerStrip);
+    result.offsets.resize(run.Strips());
     result.counts = result.offsets;
     if (lines == 0) return result;
     const CompressionKey key = run.key;

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "support/encoder_run.h"
 #include "support/engine_run.h"
 
 namespace vellim::test {
@@ -21,13 +20,10 @@ struct Picture {
 // of its changes, so that all modes come up.
 Picture RandomPicture(uint32_t seed, int32_t width, int32_t height, double meanRun);
 
-// The whole picture as one strip of code for `key`; Group 3 data ends with six end-of-line codes,
-// Group 4 with two. In two-dimensional Group 3 every `k`th line is one-dimensional.
-Bytes EncodeReference(CompressionKey key, const Picture& picture, int32_t k = 4);
-
 // What an encoding run of shape and key `run` leaves of the first `lines` lines of a picture, where
 // the callback stopped it behind them, or of all.
-Encoded EncodeStrips(const EngineRun& run, const Picture& picture, int32_t k, size_t lines);
+Encoded ReferenceCcittEncoder(const EngineRun& run, const Picture& picture, int32_t k,
+                              size_t lines);
 
 // Decodes the strips of `run` by the rules of its key.
 Outcome ReferenceCcitt(const EngineRun& run);

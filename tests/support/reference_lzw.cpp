@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <map>
-#include <numeric>
+#include <unordered_map>
 #include <utility>
 
 namespace vellim::test {
@@ -95,19 +94,14 @@ struct Decoder {
 struct Encoder {
     PlainSink& sink;
     std::array<uint32_t, 4099> codes = {};
-    std::array<uint8_t, kSize> suffix = {};
-    std::array<int, kSize + 1> firstChild = {};  // [code + 1], the empty string being -1
-    std::array<int, kSize> nextSibling = {};
+    std::unordered_map<uint32_t, uint32_t> longer = {};  // of [code * 256 + byte]
     int current = -1;
     uint32_t nextEntry = kFirst, checkedEntry = kFirst, startLine = 0;
     uint32_t pending = 0, pendingBits = 0;
     bool needClear = true;
 
     void StartGeneration() {
-        firstChild.fill(-1);
-        firstChild[0] = 255;
-        std::iota(nextSibling.begin(), nextSibling.begin() + 256, -1);
-        std::iota(suffix.begin(), suffix.begin() + 256, uint8_t{0});
+        longer.clear();
         nextEntry = checkedEntry = kFirst;
         startLine = sink.lineNumber;
     }
@@ -120,18 +114,17 @@ struct Encoder {
     }
 
     void Take(uint8_t byte) {
-        int& children = firstChild[static_cast<size_t>(current) + 1];
-        int child = children;
-        while (child >= 0 && suffix[static_cast<size_t>(child)] != byte)
-            child = nextSibling[static_cast<size_t>(child)];
-        if (child >= 0) {
-            current = child;
+        if (current < 0) {
+            current = byte;
             return;
         }
-        suffix[nextEntry] = byte;
-        nextSibling[nextEntry] = children;
-        children = static_cast<int>(nextEntry);
-        Append(static_cast<uint32_t>(current));
+        const auto prefix = static_cast<uint32_t>(current);
+        const auto [found, isNew] = longer.try_emplace(prefix * 256 + byte, nextEntry);
+        if (!isNew) {
+            current = static_cast<int>(found->second);
+            return;
+        }
+        Append(prefix);
         current = byte;
         if (nextEntry != kSize - 1) return;
         Append(kClear);
@@ -228,27 +221,6 @@ Bytes PackLzwCodes(const std::vector<uint32_t>& codes) {
     }
     bytes.push_back(static_cast<uint8_t>(pending << (8 - pendingBits)));
     return bytes;
-}
-
-Bytes EncodeLzwStrip(const Bytes& data) {
-    std::vector<uint32_t> codes{kClear};
-    std::map<std::pair<uint32_t, uint8_t>, uint32_t> longer;
-    uint32_t code = data.at(0);
-    for (size_t i = 1; i < data.size(); ++i) {
-        const auto found = longer.find({code, data[i]});
-        if (found != longer.end()) {
-            code = found->second;
-            continue;
-        }
-        codes.push_back(code);
-        longer.insert({{code, data[i]}, kFirst + static_cast<uint32_t>(longer.size())});
-        code = data[i];
-        if (kFirst + longer.size() < kSize - 2) continue;
-        codes.push_back(kClear);
-        longer.clear();
-    }
-    codes.insert(codes.end(), {code, kEnd, 0, 0});
-    return PackLzwCodes(codes);
 }
 
 }  // namespace vellim::test

@@ -2,8 +2,6 @@
 #include <gtest/gtest.h>
 #include <png.h>
 
-#include <filesystem>
-
 #include "run_tool.h"
 
 namespace vellim::test {
@@ -58,10 +56,9 @@ TEST(ConvertPixels, HaveTheirSenseInEveryFormat) {
                                      ? ColourMap(1, {{0xFF00, 0, 0}, {0, 0, 0xFFFF}})
                                      : ColourMap(4, {{1, 2, 3}, {10, 20, 30}, {200, 210, 220}}));
         }
-        setenv("IN", FileOf(BuildTiff({image}), "line.tif").c_str(), 1);
+        const std::string input = FileOf(BuildTiff({image}), "line.tif");
         const std::string out = NewPath("line.png");
-        setenv("OUT", out.c_str(), 1);
-        ASSERT_EQ(RunTool("convert $IN $OUT").exitCode, 0);
+        ASSERT_EQ(RunTool("convert " + input + " " + out).exitCode, 0);
         const Png png = ReadPng(out);
         EXPECT_EQ(png.depth, c.bits);
         EXPECT_EQ(png.colourType, c.colourType);
@@ -69,8 +66,9 @@ TEST(ConvertPixels, HaveTheirSenseInEveryFormat) {
         EXPECT_EQ(png.unit, -1) << "a resolution from nowhere";
         EXPECT_TRUE(c.colourType != kPalette || png.palette.at(0) == (c.bits == 1 ? 255 : 1));
         const auto pixels = [&](const std::string& format, int fields) {
-            const ToolRun run = RunTool("convert $IN - --dither threshold --format " + format);
-            return PnmPixels(Bytes(run.out.begin(), run.out.end()), fields);
+            const ToolRun run =
+                RunTool("convert " + input + " - --dither threshold --format " + format);
+            return PnmPixels(run.out, fields);
         };
         EXPECT_EQ(pixels("pbm", 3), Hex(c.pbm));
         EXPECT_EQ(pixels("PGM", 4), Hex(c.pgm));
@@ -85,22 +83,12 @@ TEST(ConvertPixels, RefusedWhereTheyWouldComeOutWrong) {
     };
     for (const Case& c : {Case{8, 3, 6, "YCbCr"}, Case{4, 2, 1, "2 samples of 4 bits"},
                           Case{24, 1, 1, "24 bits"}, Case{8, 1, 3, "Indispensable tags"}}) {
-        SCOPED_TRACE(c.reason);
         const ImageSpec image =
             SimpleImage(4, 4, c.bits, c.samples, 1, c.photometric, 4, {Bytes(96)});
-        setenv("IN", FileOf(BuildTiff({image}), "odd.tif").c_str(), 1);
         const std::string out = NewPath("odd.png");
-        setenv("OUT", out.c_str(), 1);
-        const ToolRun run = RunTool("convert $IN $OUT");
-        EXPECT_EQ(run.exitCode, 2);
-        EXPECT_NE(run.err.find(c.reason), std::string::npos) << run.err;
+        ExpectTool("convert " + FileOf(BuildTiff({image}), "odd.tif") + " " + out, 2, c.reason);
         EXPECT_FALSE(std::filesystem::exists(out));
     }
-}
-
-uint32_t Field(const Bytes& bytes, size_t offset) {
-    return bytes[offset] | uint32_t{bytes[offset + 1]} << 8U | uint32_t{bytes[offset + 2]} << 16U |
-           uint32_t{bytes[offset + 3]} << 24U;
 }
 
 // 3,000 rows of 1,001 bytes: many blocks, the last one not full, and padding to four bytes.
@@ -110,10 +98,8 @@ TEST(ConvertBmp, RowsStandBottomUpInFilesAndTopDownInPipes) {
     Bytes pixels(size_t{1001} * kHeight);
     for (size_t i = 0; i < pixels.size(); ++i)
         pixels[i] = static_cast<uint8_t>(i * i >> 7U);
-    ImageSpec image = SimpleImage(kWidth, kHeight, 1, 1, 1, 1, kHeight, {pixels});
-    image.tags.push_back(RationalTag(282, 200, 1));
-    image.tags.push_back(RationalTag(283, 100, 1));
-    const std::string input = FileOf(BuildTiff({image}), "tall.tif");
+    const ImageSpec image = SimpleImage(kWidth, kHeight, 1, 1, 1, 1, kHeight, {pixels});
+    const std::string input = FileOf(BuildTiff({WithDots(image, 200, 100)}), "tall.tif");
     const std::string path = NewPath("tall.bmp");
     const std::string piped = NewPath("piped.bmp");
     ASSERT_EQ(RunTool("convert " + input + " " + path).exitCode, 0);
@@ -123,14 +109,12 @@ TEST(ConvertBmp, RowsStandBottomUpInFilesAndTopDownInPipes) {
     constexpr size_t kRows = 14 + 40 + 8;
     ASSERT_EQ(file.size(), kRows + size_t{1004} * kHeight);
     ASSERT_EQ(stream.size(), file.size());
-    EXPECT_EQ(Field(file, 2), file.size());
-    EXPECT_EQ(Field(file, 10), kRows);
-    EXPECT_EQ(Field(file, 22), kHeight);
-    EXPECT_EQ(Field(stream, 22), 0U - kHeight);
-    EXPECT_EQ(Field(file, 38), 7874U);
-    EXPECT_EQ(Field(file, 42), 3937U);
-    EXPECT_EQ(Field(file, 54), 0U);
-    EXPECT_EQ(Field(file, 58), 0xFFFFFFU);
+    const std::pair<size_t, size_t> fields[] = {{2, file.size()}, {10, kRows}, {22, kHeight},
+                                                {38, 7874},       {42, 3937},  {54, 0},
+                                                {58, 0xFFFFFF}};
+    for (const auto& [offset, number] : fields)
+        EXPECT_EQ(Number(file, offset, 4), number) << offset;
+    EXPECT_EQ(Number(stream, 22, 4), 0U - kHeight);
     for (size_t y = 0; y < kHeight; ++y) {
         const uint8_t* row = pixels.data() + y * 1001;
         ASSERT_TRUE(std::equal(row, row + 1001, file.data() + kRows + (kHeight - 1 - y) * 1004))
@@ -149,19 +133,15 @@ TEST(ConvertBmp, RgbIsBlueGreenRedWithPaddedRows) {
     EXPECT_EQ(Bytes(file.begin() + 54, file.end()), (Bytes{6, 5, 4, 0, 3, 2, 1, 0}));
 }
 
-Png Squared(ImageSpec image, uint32_t x, uint32_t y) {
-    image.tags.push_back(RationalTag(282, x, 1));
-    image.tags.push_back(RationalTag(283, y, 1));
+Png Squared(const ImageSpec& image, uint32_t x, uint32_t y) {
     const std::string out = NewPath("square.png");
-    const std::string input = FileOf(BuildTiff({image}), "square.tif");
+    const std::string input = FileOf(BuildTiff({WithDots(image, x, y)}), "square.tif");
     EXPECT_EQ(RunTool("convert --square " + input + " " + out).exitCode, 0);
     return ReadPng(out);
 }
 
 TEST(ConvertSquare, RepeatsTheLinesOfAFaxByTheExactRatio) {
-    Bytes lines(49);
-    for (size_t i = 0; i < lines.size(); ++i)
-        lines[i] = static_cast<uint8_t>(i + 1);
+    const Bytes lines = Counted(49);
     const Png png = Squared(SimpleImage(8, 49, 1, 1, 1, 1, 49, {lines}), 204, 98);
     ASSERT_EQ(png.height, 102U);
     EXPECT_EQ(png.pelsX, 8031U);
@@ -178,9 +158,9 @@ TEST(ConvertSquare, RepeatsColumnsAndInterpolatesBetweenPixelCentres) {
     EXPECT_EQ(bilevel.rows, (std::vector<Bytes>{{0xCC, 0xC0}}));
     const Png across = Squared(SimpleImage(2, 1, 4, 1, 1, 1, 1, {{0x0F}}), 100, 200);
     EXPECT_EQ(across.rows, (std::vector<Bytes>{{0, 64, 191, 255}}));
-    ImageSpec colours = SimpleImage(1, 2, 8, 1, 1, 3, 2, {{0, 1}});
-    colours.tags.push_back(ColourMap(8, {{0, 0, 0}, {0xFF00, 0x6400, 0}}));
-    const Png palette = Squared(colours, 200, 100);
+    const Png palette = Squared(With(SimpleImage(1, 2, 8, 1, 1, 3, 2, {{0, 1}}),
+                                     {ColourMap(8, {{0, 0, 0}, {0xFF00, 0x6400, 0}})}),
+                                200, 100);
     EXPECT_EQ(palette.colourType, PNG_COLOR_TYPE_RGB);
     EXPECT_EQ(palette.rows,
               (std::vector<Bytes>{{0, 0, 0}, {64, 25, 0}, {191, 75, 0}, {255, 100, 0}}));

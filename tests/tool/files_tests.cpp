@@ -2,8 +2,6 @@
 // what is left when something fails.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 #include "run_tool.h"
 
 namespace vellim::test {
@@ -22,26 +20,9 @@ Bytes Pages(uint8_t pages) {
 // An uncompressed 8-bit image of 4 x 10, white at 0, whose strip begins `bytes` bytes before the
 // file's end.
 Bytes CutShort(uint32_t bytes) {
-    ImageSpec image = SimpleImage(4, 10, 8, 1, 1, 0, 10, {});
-    image.tags.push_back(LongTag(273, {0}));
-    const auto size = static_cast<uint32_t>(BuildTiff({image}).size());
-    image.tags.back() = LongTag(273, {size - bytes});
-    return BuildTiff({image});
-}
-
-std::vector<std::string> Names(const std::string& folder) {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(folder))
-        names.push_back(entry.path().filename());
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
-std::string NewFolder(const std::string& name) {
-    std::string folder = fs::path(NewPath("anchor")).replace_filename(name);
-    fs::remove_all(folder);
-    fs::create_directory(folder);
-    return folder;
+    const ImageSpec image = SimpleImage(4, 10, 8, 1, 1, 0, 10, {});
+    const size_t size = BuildTiff({With(image, {LongTag(273, {0})})}).size();
+    return BuildTiff({With(image, {LongTag(273, {static_cast<uint32_t>(size) - bytes})})});
 }
 
 TEST(ConvertPages, GoToNumberedFilesThatSortOrToAPipe) {
@@ -56,7 +37,7 @@ TEST(ConvertPages, GoToNumberedFilesThatSortOrToAPipe) {
         setenv("DIR", folder.c_str(), 1);
         EXPECT_EQ(RunTool(std::string("convert $IN $DIR/p.x.pgm --pages ") + c.pages).exitCode, 0);
         EXPECT_EQ(Names(folder), c.names);
-        EXPECT_EQ(PnmPixels(ReadFile(folder + "/" + c.names.back()), 4),
+        EXPECT_EQ(PnmPixels(ReadText(folder + "/" + c.names.back()), 4),
                   Bytes{static_cast<uint8_t>(c.names.size() == 1 ? 5 : 12)});
     }
     EXPECT_EQ(RunTool("convert --format pgm --pages=-2 $IN -").out,
@@ -65,27 +46,24 @@ TEST(ConvertPages, GoToNumberedFilesThatSortOrToAPipe) {
 }
 
 TEST(Usage, IsToldByExitCode64AndFailureBy2) {
-    const std::string input = FileOf(Pages(3), "three.tif");
     const std::string folder = NewFolder("usage");
-    setenv("IN", input.c_str(), 1);
+    setenv("IN", FileOf(Pages(3), "three.tif").c_str(), 1);
     setenv("DIR", folder.c_str(), 1);
-    struct Case {
-        const char* arguments;  // $IN: an image; $DIR: an empty folder
-        int exitCode;
-    };
-    for (const Case& c :
-         {Case{"", 64}, Case{"info", 64}, Case{"frobnicate x", 64},
-          Case{"convert --format gif $IN $DIR/x.png", 64},
-          Case{"convert --pages 0 $IN $DIR/x.png", 64},
-          Case{"convert --pages 3-1 $IN $DIR/x.png", 64},
-          Case{"convert --pages 1,,2 $IN $DIR/x.png", 64},
-          Case{"convert --pages 2-4 $IN $DIR/x.png", 2}, Case{"convert $IN $DIR/none/x.png", 2},
-          Case{"info $DIR", 2}, Case{"convert --help", 0}}) {
-        SCOPED_TRACE(c.arguments);
-        const ToolRun run = RunTool(c.arguments);
-        EXPECT_EQ(run.exitCode, c.exitCode) << run.err;
-        EXPECT_EQ(run.err.rfind("vellim: ", 0), c.exitCode == 0 ? std::string::npos : 0U);
-    }
+    const std::pair<const char*, int> cases[] = {{"", 64},
+                                                 {"info", 64},
+                                                 {"frobnicate x", 64},
+                                                 {"convert --format gif $IN $DIR/x.png", 64},
+                                                 {"convert --pages 0 $IN $DIR/x.png", 64},
+                                                 {"convert --pages 3-1 $IN $DIR/x.png", 64},
+                                                 {"convert --pages 1,,2 $IN $DIR/x.png", 64},
+                                                 {"convert --pages 2-4 $IN $DIR/x.png", 2},
+                                                 {"convert $IN $DIR/none/x.png", 2},
+                                                 {"info $DIR", 2},
+                                                 {"convert --help", 0}};
+    for (const auto& [arguments, exitCode] : cases)
+        EXPECT_EQ(ExpectTool(arguments, exitCode).err.rfind("vellim: ", 0),
+                  exitCode == 0 ? std::string::npos : 0U)
+            << arguments;
     // What goes to a full disk is no success, even if it fits the buffers.
     for (const std::string arguments : {"info $IN", "check $IN", "convert --pages 1 $IN -"}) {
         const std::string shell = "--version >/dev/null; " VELLIM_BINARY_DIR "/bin/vellim " +
@@ -101,34 +79,26 @@ TEST(Input, MayBeAPipeOrHaveALongPath) {
     const std::string expected = RunTool("convert --format pbm " + Sample("fax.tif") + " -").out;
     ASSERT_GT(expected.size(), 200000U);
     EXPECT_TRUE(RunTool("convert --format pbm - -", bytes).out == expected);
-    const fs::path folder = fs::path(NewFolder("long")) / std::string(200, 'a');
-    fs::create_directory(folder);
-    const std::string path = folder / "fax.tif";
+    const std::string path = NewFolder("long/" + std::string(200, 'a')) / "fax.tif";
     fs::copy_file(Sample("fax.tif"), path);
     EXPECT_TRUE(RunTool("convert --format pbm " + path + " -").out == expected);
     EXPECT_EQ(RunTool("check - " + path, bytes).out,
               "standard input: image 1: 1098 of 1098 lines good\n" + path +
                   ": image 1: 1098 of 1098 lines good\n");
-    const ToolRun empty = RunTool("info -");
-    EXPECT_EQ(empty.exitCode, 2);
-    EXPECT_EQ(empty.err, "vellim: standard input: it is empty\n");
+    EXPECT_EQ(ExpectTool("info -", 2).err, "vellim: standard input: it is empty\n");
 }
 
 TEST(Damage, KeepsTheLinesThatCameOnWhitePaper) {
     const Bytes file = CutShort(26);
     const std::string input = FileOf(file, "cut.tif");
     const std::string out = NewPath("cut.pgm");
-    const ToolRun run = RunTool("convert " + input + " " + out);
-    EXPECT_EQ(run.exitCode, 1);
-    EXPECT_NE(run.err.find("Unexpected end of file in reading data. (6 of 10 lines came)\n"),
-              std::string::npos);
+    ExpectTool("convert " + input + " " + out, 1,
+               "Unexpected end of file in reading data. (6 of 10 lines came)\n");
     Bytes expected(40, 0xFF);
     for (size_t i = 0; i < 24; ++i)
         expected[i] = static_cast<uint8_t>(~file[file.size() - 26 + i]);
-    EXPECT_EQ(PnmPixels(ReadFile(out), 4), expected);
-    const ToolRun check = RunTool("check " + input);
-    EXPECT_EQ(check.exitCode, 1);
-    EXPECT_EQ(check.out.rfind(input + ": image 1: 6 of 10 lines good: Unexpected end", 0), 0U);
+    EXPECT_EQ(PnmPixels(ReadText(out), 4), expected);
+    ExpectTool("check " + input, 1, input + ": image 1: 6 of 10 lines good: Unexpected end");
 }
 
 TEST(Failure, LeavesWhatWasThereAndNothingElse) {
@@ -136,9 +106,7 @@ TEST(Failure, LeavesWhatWasThereAndNothingElse) {
     const std::string input = FileOf(CutShort(0), "nothing.tif");
     const std::string out = folder + "/old.png";
     fs::copy_file(Sample("README.md"), out);
-    const ToolRun run = RunTool("convert --force " + input + " " + out);
-    EXPECT_EQ(run.exitCode, 2);
-    EXPECT_NE(run.err.find("(0 of 10 lines came)"), std::string::npos) << run.err;
+    ExpectTool("convert --force " + input + " " + out, 2, "(0 of 10 lines came)");
     EXPECT_EQ(ReadFile(out), ReadFile(Sample("README.md")));
     EXPECT_EQ(Names(folder), std::vector<std::string>{"old.png"});
     EXPECT_EQ(RunTool("check " + input).exitCode, 2);
@@ -146,24 +114,24 @@ TEST(Failure, LeavesWhatWasThereAndNothingElse) {
 
 // A line of a million pixels, sixteen million times: one line comes, petabytes are missing.
 TEST(Failure, AHugeEmptyPageDoesNotFillTheDisk) {
-    ImageSpec image = SimpleImage(1048576, 16777216, 1, 1, 4, 0, 0, {{0x80, 0x08, 0x00, 0x80}});
+    const ImageSpec image =
+        SimpleImage(1048576, 16777216, 1, 1, 4, 0, 0, {{0x80, 0x08, 0x00, 0x80}});
     const std::string out = NewPath("huge.png");
-    const ToolRun run = RunTool("convert " + FileOf(BuildTiff({image}), "huge.tif") + " " + out);
-    EXPECT_NE(run.err.find("too many lines are missing"), std::string::npos) << run.err;
+    ExpectTool("convert " + FileOf(BuildTiff({image}), "huge.tif") + " " + out, 2,
+               "too many lines are missing");
     EXPECT_FALSE(fs::exists(out));
 }
 
 TEST(Output, ReplacesTheFileBehindALink) {
-    const std::string folder = NewFolder("links");
-    fs::copy_file(Sample("README.md"), folder + "/target.pgm");
-    constexpr fs::perms kPermissions = fs::perms::owner_read | fs::perms::owner_write;
-    fs::permissions(folder + "/target.pgm", kPermissions);
-    fs::create_symlink("target.pgm", folder + "/link.pgm");
-    const std::string input = FileOf(Pages(1), "one.tif");
-    ASSERT_EQ(RunTool("convert --force " + input + " " + folder + "/link.pgm").exitCode, 0);
-    EXPECT_TRUE(fs::is_symlink(folder + "/link.pgm"));
-    EXPECT_EQ(PnmPixels(ReadFile(folder + "/target.pgm"), 4), Bytes{1});
-    EXPECT_EQ(fs::status(folder + "/target.pgm").permissions(), kPermissions);
+    const fs::path folder = NewFolder("links"), target = folder / "target.pgm";
+    const std::string link = folder / "link.pgm";
+    fs::copy_file(Sample("README.md"), target);
+    fs::permissions(target, fs::perms{0600});
+    fs::create_symlink("target.pgm", link);
+    ExpectTool("convert --force " + FileOf(Pages(1), "one.tif") + " " + link, 0);
+    EXPECT_TRUE(fs::is_symlink(link));
+    EXPECT_EQ(PnmPixels(ReadText(target), 4), Bytes{1});
+    EXPECT_EQ(fs::status(target).permissions(), fs::perms{0600});
 }
 
 }  // namespace

@@ -1,9 +1,7 @@
 // Pages put together, taken out, reordered and split, with their data as it is stored.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
-#include "stored_data.h"
+#include "run_tool.h"
 
 namespace vellim::test {
 namespace {
@@ -15,11 +13,10 @@ ImageSpec PageSpec(uint16_t n, uint16_t bits = 8) {
     std::vector<Bytes> strips;
     for (uint16_t row = 0; row < n; ++row)
         strips.emplace_back(size_t{bits} / 8 * 3, static_cast<uint8_t>(16 * n + row));
-    ImageSpec page = SimpleImage(3, n, bits, 1, 1, 1, 1, std::move(strips));
-    page.tags.push_back(ShortTag(284, {1}));
-    page.tags.push_back(RationalTag(282, 600, 2));
-    page.tags.push_back({65000, 12, 1, {0, 0, 0, 0, 0, 0, 0xE0, 0x3F}});
-    return page;
+    return With(SimpleImage(3, n, bits, 1, 1, 1, 1, std::move(strips)),
+                {ShortTag(284, {1}),
+                 RationalTag(282, 600, 2),
+                 {65000, 12, 1, {0, 0, 0, 0, 0, 0, 0xE0, 0x3F}}});
 }
 
 std::string Document(uint16_t pages, const char* name, bool bigEndian = false) {
@@ -29,24 +26,9 @@ std::string Document(uint16_t pages, const char* name, bool bigEndian = false) {
     return FileOf(BuildTiff(images, bigEndian), name);
 }
 
-class Pages : public testing::Test {
-  protected:
-    void SetUp() override {
-        folder = fs::path(NewPath("anchor")).replace_filename("pages");
-        fs::remove_all(folder);
-        fs::create_directory(folder);
-        setenv("DIR", folder.c_str(), 1);
-    }
-
-    [[nodiscard]] std::vector<std::string> Names() const {
-        std::vector<std::string> names;
-        for (const auto& entry : fs::directory_iterator(folder))
-            names.push_back(entry.path().filename());
-        std::sort(names.begin(), names.end());
-        return names;
-    }
-
-    fs::path folder;
+struct Pages : testing::Test {
+    Pages() { setenv("DIR", folder.c_str(), 1); }
+    const fs::path folder = NewFolder("pages");
 };
 
 TEST_F(Pages, AreCopiedInTheOrderAskedForStripByStrip) {
@@ -67,8 +49,8 @@ TEST_F(Pages, AreCopiedInTheOrderAskedForStripByStrip) {
           Case{"--pages 2 -", {-2}, 'M'}}) {
         SCOPED_TRACE(c.arguments);
         const std::string out = folder / "out.tif";
-        const ToolRun run = RunTool("pages --force -o " + out + " " + c.arguments, ReadFile(mm));
-        EXPECT_EQ(run.exitCode, 0) << run.err;
+        const ToolRun run =
+            ExpectTool("pages --force -o " + out + " " + c.arguments, 0, "", ReadFile(mm));
         EXPECT_EQ(run.err, "vellim: " + out + ": " + std::to_string(c.pages.size()) +
                                (c.pages.size() == 1 ? " page\n" : " pages\n"));
         std::vector<std::vector<Bytes>> expected;
@@ -78,10 +60,9 @@ TEST_F(Pages, AreCopiedInTheOrderAskedForStripByStrip) {
         }
         EXPECT_EQ(StoredStrips(out), expected);
         EXPECT_EQ(ReadFile(out).at(0), c.byteOrder);
-        const ToolRun judge = TiffInfo(out);
-        EXPECT_EQ(judge.exitCode, 0);
-        EXPECT_EQ(judge.err, "");
-        EXPECT_NE(judge.out.find("Tag 65000: 0.500000"), std::string::npos) << judge.out;
+        const std::string judge = Shell("tiffinfo " + out);
+        EXPECT_EQ(Shell("tiffinfo " + out + " 2>&1 >/dev/null | sed '/Unknown field with/d'"), "");
+        EXPECT_NE(judge.find("Tag 65000: 0.500000"), std::string::npos) << judge;
     }
     const std::string out = folder / "out.tif";
     EXPECT_EQ(RunTool("pages $II -o $DIR/out.tif").exitCode, 2) << "it is there";
@@ -90,52 +71,44 @@ TEST_F(Pages, AreCopiedInTheOrderAskedForStripByStrip) {
     EXPECT_EQ(StoredStrips(out), (std::vector{second[1], first[3]}));
     EXPECT_EQ(RunTool("pages --force $DIR/out.tif --pages 2,1 -o $DIR/out.tif").exitCode, 0);
     EXPECT_EQ(StoredStrips(out), (std::vector{first[3], second[1]})) << "in place";
-    EXPECT_EQ(Names(), std::vector<std::string>{"out.tif"});
+    EXPECT_EQ(Names(folder), std::vector<std::string>{"out.tif"});
 }
 
 TEST_F(Pages, SplitGivesEachAFileNumberedThroughAllInputs) {
     const std::string two = Document(2, "two.tif"), three = Document(3, "three.tif", true);
     setenv("TWO", two.c_str(), 1);
     setenv("THREE", three.c_str(), 1);
-    const ToolRun run = RunTool("pages $TWO $THREE --pages 2- --split $DIR/100%%-%03d.tif");
-    EXPECT_EQ(run.exitCode, 0) << run.err;
-    EXPECT_EQ(Names(), (std::vector<std::string>{"100%-002.tif", "100%-004.tif", "100%-005.tif"}));
+    ExpectTool("pages $TWO $THREE --pages 2- --split $DIR/100%%-%03d.tif", 0);
+    EXPECT_EQ(Names(folder),
+              (std::vector<std::string>{"100%-002.tif", "100%-004.tif", "100%-005.tif"}));
     EXPECT_EQ(StoredStrips(folder / "100%-005.tif").at(0), StoredStrips(three)[2]);
     EXPECT_EQ(ReadFile(folder / "100%-005.tif").at(0), 'M');
 
     fs::copy_file(two, folder / "p-2.tif");
-    struct Case {
-        const char* arguments;
-        int exitCode;
-    };
-    for (const Case& c :
-         {Case{"$TWO --split $DIR/p-%d.tif", 2},  // p-2.tif is there
-          Case{"$DIR/p-2.tif --force --split $DIR/p-%d.tif", 2},
-          Case{"$TWO --pages 1,1 --split $DIR/q-%d.tif", 2}, Case{"$TWO --split $DIR/q-%s.tif", 64},
-          Case{"$TWO --split $DIR/q-%d%d.tif", 64}, Case{"$TWO --split $DIR/q-%0999d.tif", 64},
-          Case{"$TWO --split $DIR/q.tif", 64}, Case{"$TWO", 64},
-          Case{"$TWO -o $DIR/q.tif --pages 1 --pages 2", 64},
-          Case{"$TWO -o $DIR/q.tif --pages 2-3", 2}}) {
-        EXPECT_EQ(RunTool(std::string("pages ") + c.arguments).exitCode, c.exitCode) << c.arguments;
-    }
+    const std::pair<const char*, int> cases[] = {
+        {"$TWO --split $DIR/p-%d.tif", 2},  // p-2.tif is there
+        {"$DIR/p-2.tif --force --split $DIR/p-%d.tif", 2},
+        {"$TWO --pages 1,1 --split $DIR/q-%d.tif", 2},
+        {"$TWO --split $DIR/q-%s.tif", 64},
+        {"$TWO --split $DIR/q-%d%d.tif", 64},
+        {"$TWO --split $DIR/q-%0999d.tif", 64},
+        {"$TWO --split $DIR/q.tif", 64},
+        {"$TWO", 64},
+        {"$TWO -o $DIR/q.tif --pages 1 --pages 2", 64},
+        {"$TWO -o $DIR/q.tif --pages 2-3", 2}};
+    for (const auto& [arguments, exitCode] : cases)
+        ExpectTool(std::string("pages ") + arguments, exitCode);
     EXPECT_EQ(ReadFile(folder / "p-2.tif"), ReadFile(two));
-    EXPECT_EQ(Names().size(), 4U);
+    EXPECT_EQ(Names(folder).size(), 4U);
 }
 
 TEST_F(Pages, NothingIsLostUnlessToldSo) {
-    ImageSpec exif = PageSpec(1), typed = PageSpec(1), tiled = PageSpec(1);
-    exif.tags.push_back(LongTag(34665, {8}));
-    typed.tags.push_back({40000, 13, 1, {8, 0, 0, 0}});
-    tiled.strips.clear();
-    for (const uint16_t tag : {uint16_t{322}, uint16_t{323}, uint16_t{324}, uint16_t{325}})
-        tiled.tags.push_back(LongTag(tag, {16}));
+    const ImageSpec exif = With(PageSpec(1), {LongTag(34665, {8})});
+    const ImageSpec typed = With(PageSpec(1), {{40000, 13, 1, {8, 0, 0, 0}}});
     const std::vector<ImageSpec> many(1001, PageSpec(1));
-    Bytes broken = BuildTiff({PageSpec(1), PageSpec(2)});
-    const size_t directory = broken[4] | size_t{broken[5]} << 8U;
-    const size_t link = directory + 2 + size_t{12} * broken[directory];
-    Bytes circle = broken;
-    broken[link + 2] = 0x70;
-    std::copy_n(circle.begin() + 4, 4, circle.begin() + static_cast<ptrdiff_t>(link));
+    const Bytes broken = BrokenChain(PageSpec(1));
+    Bytes circle = BuildTiff({PageSpec(1), PageSpec(2)});
+    std::copy_n(&circle[4], 4, &circle[LinksOf(circle)[0]]);
 
     struct Case {
         const char* words;
@@ -149,26 +122,22 @@ TEST_F(Pages, NothingIsLostUnlessToldSo) {
                FileOf(BuildTiff({PageSpec(2), exif}), "exif.tif"), "1-", 2, 0},
           Case{"image 1: tag 40000 points to a directory", FileOf(BuildTiff({typed}), "13.tif"),
                "1-", 2, 0},
-          Case{"in tiles", FileOf(BuildTiff({PageSpec(1), tiled}), "tiled.tif"), "1-", 2, 2},
+          Case{"in tiles", FileOf(BuildTiff({PageSpec(1), Tiled(PageSpec(1))}), "tiled.tif"), "1-",
+               2, 2},
           Case{"broken behind image 1", FileOf(broken, "broken.tif"), "1-", 2, 1},
           Case{"", FileOf(broken, "broken.tif"), "1", 0, 0},
           Case{"behind image 1 comes image 1 again", FileOf(circle, "circle.tif"), "1-", 2, 1},
           Case{"more than 1000 images", full, "1-", 2, 1}, Case{"", full, "1000", 0, 0},
           Case{"a file holds no more", full, "1-1000,1", 2, 2}}) {
-        SCOPED_TRACE(c.input);
         const std::string arguments =
             "pages --force " + c.input + " -o $DIR/out.tif --pages " + c.pages;
         fs::remove(folder / "out.tif");
-        const ToolRun run = RunTool(arguments);
-        EXPECT_EQ(run.exitCode, c.exitCode) << run.err;
-        EXPECT_NE(run.err.find(c.words), std::string::npos) << run.err;
-        EXPECT_EQ(Names().size(), c.exitCode == 0 ? 1U : 0U);
-        const ToolRun accepted = RunTool(arguments + " --accept-loss");
-        EXPECT_EQ(accepted.exitCode, c.accepted) << accepted.err;
+        ExpectTool(arguments, c.exitCode, c.words);
+        EXPECT_EQ(Names(folder).size(), c.exitCode == 0 ? 1U : 0U);
+        ExpectTool(arguments + " --accept-loss", c.accepted);
         const std::string tags = RunTool("info --tags $DIR/out.tif").out;
-        EXPECT_EQ(tags.find("34665"), std::string::npos);
-        EXPECT_EQ(tags.find("40000"), std::string::npos);
-        EXPECT_EQ(Names().size(), c.accepted == 2 ? 0U : 1U);
+        EXPECT_EQ(tags.find("34665") & tags.find("40000"), std::string::npos);
+        EXPECT_EQ(Names(folder).size(), c.accepted == 2 ? 0U : 1U);
     }
     // Two bytes a sample are in the file's order, and copied as they are.
     setenv("II", Document(1, "ii.tif").c_str(), 1);

@@ -2,8 +2,6 @@
 #include <gtest/gtest.h>
 #include <png.h>
 
-#include <filesystem>
-
 #include "run_tool.h"
 
 namespace vellim::test {
@@ -14,9 +12,8 @@ Bytes Text(const std::string& text) {
 }
 
 Bytes PpmOf(const Bytes& file) {
-    const ToolRun run = RunTool("convert " + FileOf(file, "raster") + " - --format ppm");
-    EXPECT_EQ(run.exitCode, 0) << run.err;
-    return PnmPixels(Text(run.out), 4);
+    const ToolRun run = ExpectTool("convert " + FileOf(file, "raster") + " - --format ppm", 0);
+    return PnmPixels(run.out, 4);
 }
 
 struct PngForm {
@@ -136,10 +133,8 @@ TEST(BmpInput, HeadersOrdersAndMasks) {
               (Bytes{1, 2, 3, 4, 5, 6}));
     EXPECT_EQ(PpmOf(Bmp(12, 2, 1, 1, 0, {30, 20, 10, 60, 50, 40, 0x40, 0, 0, 0}, 32)),
               (Bytes{10, 20, 30, 40, 50, 60}));
-    const ToolRun run =
-        RunTool("convert " + FileOf(Bmp(40, 4, 4, 8, 1, Bytes(2000), 54), "rle.bmp") + " -");
-    EXPECT_EQ(run.exitCode, 2);
-    EXPECT_NE(run.err.find("compression"), std::string::npos) << run.err;
+    ExpectTool("convert " + FileOf(Bmp(40, 4, 4, 8, 1, Bytes(2000), 54), "rle.bmp") + " -", 2,
+               "compression");
 }
 
 // Cut at every byte, and with sides out of all measure.

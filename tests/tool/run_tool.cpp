@@ -4,11 +4,7 @@
 #include <png.h>
 #include <sys/wait.h>
 
-#include <array>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <memory>
 
 namespace vellim::test {
@@ -31,26 +27,21 @@ ToolRun RunTool(const std::string& arguments, const Bytes& input) {
     const std::string command =
         std::string(kTool) + " " + arguments + " <" + in + " >" + out + " 2>" + err;
     const int status = std::system(command.c_str());
-    const auto text = [](const std::string& path) {
-        const Bytes bytes = ReadFile(path);
-        return std::string(bytes.begin(), bytes.end());
-    };
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, text(out), text(err)};
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadText(out), ReadText(err)};
 }
 
-std::string NewPath(const std::string& name) {
-    const std::filesystem::path path(FileOf({}, name));
-    std::filesystem::remove(path);
-    return path.string();
+ToolRun ExpectTool(const std::string& arguments, int exitCode, const std::string& words,
+                   const Bytes& input) {
+    ToolRun run = RunTool(arguments, input);
+    const bool isReport = arguments.starts_with("info") || arguments.starts_with("check");
+    const std::string& told = isReport ? run.out : run.err;
+    EXPECT_EQ(run.exitCode, exitCode) << arguments << "\n" << run.err;
+    EXPECT_NE(told.find(words), std::string::npos) << arguments << ": " << words << "\n" << told;
+    return run;
 }
 
 std::string Sample(const std::string& name) {
     return std::string(VELLIM_SOURCE_DIR "/samples/") + name;
-}
-
-Bytes ReadFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
 Png ReadPng(const std::string& path) {
@@ -88,12 +79,28 @@ Png ReadPng(const std::string& path) {
     return picture;
 }
 
-Bytes PnmPixels(const Bytes& pnm, int fields) {
+Bytes PnmPixels(const std::string& pnm, int fields) {
     auto at = pnm.begin();
     for (; fields > 0 && at != pnm.end(); ++at) {
         if (*at == ' ' || *at == '\n') --fields;
     }
     return {at, pnm.end()};
+}
+
+ImageSpec WithDots(ImageSpec image, uint32_t x, uint32_t y) {
+    return With(std::move(image), {RationalTag(282, x, 1), RationalTag(283, y, 1)});
+}
+
+ImageSpec Tiled(ImageSpec image) {
+    image.strips.clear();
+    return With(std::move(image),
+                {LongTag(322, {16}), LongTag(323, {16}), LongTag(324, {16}), LongTag(325, {16})});
+}
+
+Bytes BrokenChain(const ImageSpec& image) {
+    Bytes file = BuildTiff({image, image});
+    file[LinksOf(file)[0] + 2] = 0x70;
+    return file;
 }
 
 }  // namespace vellim::test

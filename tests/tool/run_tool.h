@@ -1,11 +1,11 @@
-// The built program run as a process, and its PNG files read back by libpng.
+// The built program run as a process, and what its files hold as other programs see them.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
-#include "support/tiff_builder.h"
+#include "support/stored_tiff.h"
 
 namespace vellim::test {
 
@@ -18,13 +18,13 @@ struct ToolRun {
 // Runs `vellim` with `arguments`, as a shell reads them, and `input` as standard input.
 ToolRun RunTool(const std::string& arguments, const Bytes& input = {});
 
-// A path in the test's own folder; nothing is there yet.
-std::string NewPath(const std::string& name);
+// Runs it, and expects this exit code and `words` where this command tells of what it found: `info`
+// and `check` on standard output, others on standard error.
+ToolRun ExpectTool(const std::string& arguments, int exitCode, const std::string& words = {},
+                   const Bytes& input = {});
 
 // The path of a sample of the project.
 std::string Sample(const std::string& name);
-
-Bytes ReadFile(const std::string& path);
 
 struct Png {
     uint32_t width = 0, height = 0;
@@ -39,6 +39,12 @@ struct Png {
 Png ReadPng(const std::string& path);
 
 // The rows behind a PNM's header, which has `fields` fields.
-Bytes PnmPixels(const Bytes& pnm, int fields);
+Bytes PnmPixels(const std::string& pnm, int fields);
+
+// The image with a resolution; stored in tiles of 16 x 16; two images, the link to the second
+// leading out of the file.
+ImageSpec WithDots(ImageSpec image, uint32_t x, uint32_t y);
+ImageSpec Tiled(ImageSpec image);
+Bytes BrokenChain(const ImageSpec& image);
 
 }  // namespace vellim::test

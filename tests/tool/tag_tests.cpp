@@ -1,9 +1,7 @@
 // Tags listed, shown, set and deleted in files.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
-#include "stored_data.h"
+#include "run_tool.h"
 
 namespace vellim::test {
 namespace {
@@ -11,24 +9,15 @@ namespace {
 namespace fs = std::filesystem;
 
 ImageSpec Picture(uint8_t n) {
-    ImageSpec image = SimpleImage(3, 2, 8, 1, 1, 1, 1, {{n, 1, 2}, {3, 4, n}});
-    image.tags.push_back(ShortTag(284, {1}));
-    image.tags.push_back(AsciiTag(305, "a scanner"));
-    return image;
+    return With(SimpleImage(3, 2, 8, 1, 1, 1, 1, {{n, 1, 2}, {3, 4, n}}),
+                {ShortTag(284, {1}), AsciiTag(305, "a scanner")});
 }
 
 // A file of its own in a folder of its own, so that what is left beside it shows.
-std::string Alone(const Bytes& bytes, const std::string& name = "scan.tif") {
-    const fs::path folder = fs::path(NewPath("anchor")).replace_filename("alone");
-    fs::remove_all(folder);
-    fs::create_directories((folder / name).parent_path());
-    fs::copy_file(FileOf(bytes, "original.tif"), folder / name);
-    return folder / name;
-}
-
-size_t FilesBeside(const std::string& path) {
-    const fs::directory_iterator folder(fs::path(path).parent_path());
-    return static_cast<size_t>(std::distance(begin(folder), end(folder)));
+std::string Alone(const Bytes& bytes, const std::string& folder = "alone") {
+    std::string path = NewFolder(folder) / "scan.tif";
+    fs::copy_file(FileOf(bytes, "original.tif"), path);
+    return path;
 }
 
 TEST(Tag, IsSetReadBackAndDeleted) {
@@ -54,61 +43,43 @@ TEST(Tag, IsSetReadBackAndDeleted) {
                           Case{"ImageWidth --force 70000", "256", "70000", "Image Width: 70000"},
                           Case{"ImageWidth --force 3", "256", "3", "Image Width: 3"}}) {
         SCOPED_TRACE(c.words);
-        const ToolRun run = RunTool("tag " + path + " --image 2 set " + c.words);
-        EXPECT_EQ(run.exitCode, 0) << run.err;
+        const ToolRun run = ExpectTool("tag " + path + " --image 2 set " + c.words, 0, " set");
         EXPECT_EQ(run.err.rfind("vellim: " + path + ": image 2: ", 0), 0U) << run.err;
-        EXPECT_NE(run.err.find(" set"), std::string::npos) << run.err;
         EXPECT_EQ(run.err.find("byte order is II") != std::string::npos, bigEndian) << run.err;
         EXPECT_EQ(run.err.find("plain ASCII") != std::string::npos, bigEndian) << "first case";
         bigEndian = false;
         EXPECT_EQ(RunTool("tag " + path + " get --image 2 " + c.tag).out,
                   std::string(c.shown) + "\n");
-        const ToolRun judge = TiffInfo(path);
-        EXPECT_NE(judge.out.find(c.judge), std::string::npos) << judge.out;
+        EXPECT_NE(Shell("tiffinfo " + path).find(c.judge), std::string::npos);
     }
-    EXPECT_NE(TiffInfo(path).out.find("Resolution: 2.54, 300"), std::string::npos);
+    EXPECT_NE(Shell("tiffinfo " + path).find("Resolution: 2.54, 300"), std::string::npos);
     EXPECT_EQ(StoredStrips(path), strips);
-    EXPECT_EQ(RunTool("tag " + path + " delete SOFTWARE --image 2").exitCode, 0);
-    const std::string list = RunTool("tag " + path + " list").out;
-    EXPECT_NE(list.find("image 3:\n"), std::string::npos);
-    EXPECT_EQ(RunTool("tag " + path + " --image 2 get Software").exitCode, 2);
+    ExpectTool("tag " + path + " delete SOFTWARE --image 2", 0);
+    EXPECT_NE(RunTool("tag " + path + " list").out.find("image 3:\n"), std::string::npos);
+    ExpectTool("tag " + path + " --image 2 get Software", 2);
     EXPECT_EQ(RunTool("tag " + path + " --image 1 get Software").out, "a scanner\n");
-    EXPECT_EQ(FilesBeside(path), 1U);
+    EXPECT_EQ(Names(fs::path(path).parent_path()).size(), 1U);
 }
 
 TEST(Tag, TrueWidthsAndLongPaths) {
-    const std::string path = Alone(BuildTiff({Picture(1)}),
-                                   std::string(100, 'a') + "/" + std::string(100, 'b') + ".tif");
-    EXPECT_EQ(RunTool("tag " + path + " set 65001 --type DOUBLE 0.5 2").exitCode, 0);
-    const ToolRun run = RunTool("tag " + path + " set Make x");
-    EXPECT_EQ(run.exitCode, 0) << run.err;
-    EXPECT_EQ(run.err, "vellim: " + path + ": image 1: Make (271) set\n");
-    EXPECT_NE(TiffInfo(path).out.find("Tag 65001: 0.500000,2.000000"), std::string::npos);
-    EXPECT_EQ(FilesBeside(path), 1U);
+    const std::string path = Alone(BuildTiff({Picture(1)}), std::string(200, 'a'));
+    ExpectTool("tag " + path + " set 65001 --type DOUBLE 0.5 2", 0);
+    EXPECT_EQ(ExpectTool("tag " + path + " set Make x", 0).err,
+              "vellim: " + path + ": image 1: Make (271) set\n");
+    EXPECT_NE(Shell("tiffinfo " + path).find("Tag 65001: 0.500000,2.000000"), std::string::npos);
+    EXPECT_EQ(Names(fs::path(path).parent_path()).size(), 1U);
 }
 
 TEST(Tag, ARefusalLeavesTheFileAsItIs) {
-    ImageSpec subimages = Picture(2), typed = Picture(2), tiled = Picture(2);
-    subimages.tags.push_back(LongTag(330, {8, 9}));
-    tiled.strips.clear();
-    for (const uint16_t tag : {uint16_t{322}, uint16_t{323}, uint16_t{324}, uint16_t{325}})
-        tiled.tags.push_back(LongTag(tag, {16}));
     const Bytes sound = BuildTiff({Picture(1), Picture(2)}), one = BuildTiff({Picture(1)});
-    Bytes broken = sound;
-    const size_t directory = broken[4] | size_t{broken[5]} << 8U;
-    broken[directory + 2 + size_t{12} * broken[directory] + 2] = 0x70;
+    const Bytes nested = BuildTiff({Picture(1), With(Picture(2), {LongTag(330, {8, 9})})});
+    const Bytes wide = BuildTiff({SimpleImage(1, 1, 16, 1, 1, 1, 1, {{1, 2}})}, true);
     struct Case {
         Bytes file;
         const char* arguments;
         int exitCode;
         const char* words;
     };
-    const Bytes nested = BuildTiff({Picture(1), subimages}),
-                wide = BuildTiff({[] {
-                                     ImageSpec image = SimpleImage(1, 1, 16, 1, 1, 1, 1, {{1, 2}});
-                                     return image;
-                                 }()},
-                                 true);
     for (const Case& c :
          {Case{one, "set ImageWidth 4", 2, "--force"},
           Case{one, "set 273 9", 2, "--force"},
@@ -129,23 +100,19 @@ TEST(Tag, ARefusalLeavesTheFileAsItIs) {
           Case{sound, "set Artist x", 64, "--image"},
           Case{one, "delete Artist", 0, "nothing was"},
           Case{nested, "set Artist x --image 1", 2, "image 2: SubIFDs (330) points to"},
-          Case{broken, "set Artist x --image 1", 2, "broken behind image 1"},
-          Case{BuildTiff({Picture(1), tiled}), "set Artist x --image 1", 2, "in tiles"},
+          Case{BrokenChain(Picture(1)), "set Artist x --image 1", 2, "broken behind image 1"},
+          Case{BuildTiff({Picture(1), Tiled(Picture(2))}), "set Artist x --image 1", 2, "in tiles"},
           Case{wide, "set Artist x", 2, "byte order"},
           Case{BuildTiff(std::vector<ImageSpec>(1001, Picture(1))), "set Artist x --image 1", 2,
                "more than 1000 images"}}) {
-        SCOPED_TRACE(c.arguments);
         const std::string path = Alone(c.file);
-        const ToolRun run = RunTool("tag " + path + " " + c.arguments);
-        EXPECT_EQ(run.exitCode, c.exitCode) << run.err;
-        EXPECT_NE(run.err.find(c.words), std::string::npos) << run.err;
-        EXPECT_EQ(ReadFile(path), c.file);
+        ExpectTool("tag " + path + " " + c.arguments, c.exitCode, c.words);
+        EXPECT_EQ(ReadFile(path), c.file) << c.arguments;
     }
     const std::string path = Alone(nested);
-    const ToolRun run = RunTool("tag " + path + " set Artist x --image 1 --accept-loss");
-    EXPECT_EQ(run.exitCode, 0) << run.err;
-    EXPECT_NE(run.err.find("image 2: SubIFDs (330) deleted"), std::string::npos) << run.err;
-    EXPECT_EQ(RunTool("tag " + path + " get 330 --image 2").exitCode, 2);
+    ExpectTool("tag " + path + " set Artist x --image 1 --accept-loss", 0,
+               "image 2: SubIFDs (330) deleted");
+    ExpectTool("tag " + path + " get 330 --image 2", 2);
     EXPECT_EQ(RunTool("tag " + path + " get 315 --image 1").out, "x\n");
 }
 
