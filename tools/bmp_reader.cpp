@@ -220,6 +220,7 @@ std::optional<RasterPage> OpenBmp(int descriptor, uint64_t /*offset*/, std::stri
     info.picture.type = header.bits > 8 ? kRgb : PixelType{Colour::Palette, header.bits};
     if (header.bits <= 8 && !ReadColours(*r, info.picture, why)) return {};
     SimplifyPalette(info);
+    if (header.bits == 32 && header.masks[3] != 0) info.givenUp.emplace_back(kTransparency);
     SetPelsPerMetre(info, header.pelsX, header.pelsY, true);
     return MakeRasterPage<NextBmpLine>(std::move(info), std::move(r));
 }

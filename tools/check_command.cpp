@@ -4,6 +4,7 @@
 #include "commands.h"
 #include "document.h"
 #include "image_facts.h"
+#include "losses.h"
 #include "messages.h"
 #include "vellim/decode.h"
 #include "vellim/failures.h"
@@ -60,9 +61,9 @@ Outcome CheckDocument(const std::string& path) {
     for (int32_t image = 0; image < document->imageCount; ++image) {
         outcome = Worse(outcome, CheckImage(*document, image));
     }
-    if (document->chainBroken) {
-        outcome = Worse(outcome, Report(*document, kWholeFile, Outcome::Damaged,
-                                        BrokenChainMessage(*document)));
+    const std::string outOfReach = ImagesOutOfReach(*document);
+    if (!outOfReach.empty()) {
+        outcome = Worse(outcome, Report(*document, kWholeFile, Outcome::Damaged, outOfReach));
     }
     return outcome;
 }

@@ -45,6 +45,7 @@ struct ConvertOptions {
     uint32_t fillOrder = 0;
     int32_t kFactor = 0;
     bool append = false;
+    bool acceptLoss = false;
 };
 
 struct PagesOptions {

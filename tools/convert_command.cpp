@@ -1,9 +1,12 @@
 // `vellim convert`: which pages go to which files, in which format.
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cctype>
 
 #include "commands.h"
 #include "convert_page.h"
+#include "losses.h"
 #include "messages.h"
 #include "page_list.h"
 #include "vellim/encode.h"
@@ -38,11 +41,14 @@ std::string NumberedPath(const std::string& path, uint32_t page, uint32_t pages)
     return numbered;
 }
 
-// The pages to convert, counted from 1; none, with the reason in `why`.
+// The pages to convert, counted from 1; none, with the reason in `why`. A file of pages has them in
+// the order in which they are asked for, each as often; files of a page each have the page's
+// number.
 std::vector<uint32_t> ChoosePages(const PageSource& source, const std::vector<PageRange>& ranges,
-                                  std::string& why) {
+                                  bool asWritten, std::string& why) {
     uint32_t missing = 0;
-    auto pages = PagesOf(ranges, source.pageCount, missing);
+    auto pages = asWritten ? PagesAsWritten(ranges, source.pageCount, TIFF_MAX_IMAGES, missing)
+                           : PagesOf(ranges, source.pageCount, missing);
     if (source.pageCount == 0) {
         why = "there are no images in it";
     } else if (missing != 0) {
@@ -67,6 +73,8 @@ PageRequest RequestOf(const ConvertOptions& options) {
 Outcome ConvertToFiles(const ConvertOptions& options, const PageSource& source,
                        const OutputFormat& format, const std::vector<uint32_t>& pages) {
     PageRequest request = RequestOf(options);
+    std::set<std::string> notes;
+    request.notes = &notes;
     request.format = &format;
     const bool numbered = pages.size() > 1 && options.output != "-";
     const auto path = [&](uint32_t page) {
@@ -94,19 +102,43 @@ bool HasRoom(const TiffOutput& output, size_t pages, std::string& why) {
     const auto there = static_cast<size_t>(output.imageCount);
     if (there + pages <= TIFF_MAX_IMAGES) return true;
     why = "a TIFF file holds " + Count(TIFF_MAX_IMAGES) + " at most, and this would be one of " +
-          std::to_string(there + pages);
+          std::to_string(there + pages) + (pages > TIFF_MAX_IMAGES ? " or more" : "");
     return false;
 }
 
-// What was written, as far as it is a file.
-void Tell(const TiffOutput& output, size_t pages) {
-    if (output.copied) return;
-    std::string text = Count(pages);
+// What was written of the pages `asked` for, as far as it is a file or some are missing.
+void Tell(const TiffOutput& output, size_t pages, size_t asked) {
+    if (output.copied && pages == asked) return;
+    std::string text =
+        pages == asked ? Count(pages) : std::to_string(pages) + " of " + Count(asked);
     if (output.imageCount > 0) {
         text +=
             " added, " + std::to_string(static_cast<size_t>(output.imageCount) + pages) + " in all";
     }
-    Say(output.target, kWholeFile, text);
+    Say(output.target == "-" ? "standard output" : output.target, kWholeFile, text);
+}
+
+bool IsInput(const PageSource& source, const TiffOutput& output) {
+    const OwnedDescriptor& input = source.tiff ? source.tiff->descriptor : source.descriptor;
+    const struct stat& replaced = output.passing.replaced;
+    struct stat status = {};
+    return replaced.st_mode != 0 && fstat(input.Get(), &status) == 0 &&
+           status.st_dev == replaced.st_dev && status.st_ino == replaced.st_ino;
+}
+
+// Whether all pages go in their order to a file that is theirs alone.
+bool IsWholeDocument(const ConvertOptions& options, const PageSource& source,
+                     const std::vector<uint32_t>& pages) {
+    if (options.append || pages.size() != source.pageCount) return false;
+    for (size_t i = 0; i < pages.size(); ++i) {
+        if (pages[i] != i + 1) return false;
+    }
+    return true;
+}
+
+// What the source has that can't be reached, in words; empty if all can.
+std::string OutOfReach(const PageSource& source) {
+    return source.tiff ? ImagesOutOfReach(*source.tiff) : std::string();
 }
 
 std::unique_ptr<TiffOutput> BeginTiffFile(const ConvertOptions& options, size_t pages,
@@ -123,7 +155,8 @@ std::unique_ptr<TiffOutput> BeginTiffFile(const ConvertOptions& options, size_t 
 }
 
 // All pages to one file. A page of which nothing comes is left out; a file that can't be written,
-// or a source that ends in its midst, leaves nothing.
+// or a source that ends in its midst, leaves nothing. What a document can't give whole isn't
+// replaced by what came of it, unless that was agreed to.
 Outcome ConvertToTiff(const ConvertOptions& options, const PageSource& source,
                       const std::vector<uint32_t>& pages) {
     std::string why;
@@ -134,6 +167,7 @@ Outcome ConvertToTiff(const ConvertOptions& options, const PageSource& source,
     std::set<std::string> notes;
     request.tiff = output.get();
     request.notes = &notes;
+    request.keepsPageNumbers = IsWholeDocument(options, source, pages);
     request.tiffOptions.compression = FindTiffCompression(options.compression);
     if (options.fillOrder != 0) request.tiffOptions.fillOrder = options.fillOrder;
 
@@ -146,10 +180,16 @@ Outcome ConvertToTiff(const ConvertOptions& options, const PageSource& source,
         if (result.spoilt) return outcome;
         written += result.written ? 1 : 0;
     }
+    const bool loses = outcome != Outcome::Well || !OutOfReach(source).empty();
+    if (loses && options.force && !options.acceptLoss && IsInput(source, *output)) {
+        return Fail(name,
+                    "it is the input too, and what couldn't be read of it would be lost: it "
+                    "was left as it is; with --accept-loss it is replaced");
+    }
     if (written == 0) return outcome;
     if (!CommitTiffOutput(*output, why)) return Fail(name, why);
-    Tell(*output, written);
-    return outcome;
+    Tell(*output, written, pages.size());
+    return outcome == Outcome::Well ? outcome : Outcome::Damaged;
 }
 
 const OutputFormat* ChooseFormat(const ConvertOptions& options) {
@@ -182,23 +222,26 @@ Outcome RunConvert(const ConvertOptions& options) {
     }
     const std::string misuse = Misuse(options, *format);
     if (!misuse.empty()) return Misused(misuse);
-    const auto ranges = ParsePageList(options.pages.empty() ? "1-" : options.pages);
+    const bool toTiff = IsTiff(*format);
+    const auto ranges = ParsePageList(options.pages.empty() ? "1-" : options.pages,
+                                      toTiff ? Direction::Both : Direction::Forwards);
     if (!ranges) return Misused("--pages takes a list such as 1-3,7 or 5-");
     if (options.kFactor != 0) SetKfactor(options.kFactor);
 
     std::string why;
     const auto source = OpenPageSource(options.input, why);
     if (!source) return Fail(options.input, why);
-    const auto pages = ChoosePages(*source, *ranges, why);
+    const auto pages = ChoosePages(*source, *ranges, toTiff, why);
     if (pages.empty()) return Fail(options.input, why);
     if (options.output == "-" && pages.size() > 1 && !format->chains) {
         return Misused("only one page can go to standard output as " + std::string(format->name) +
                        "; choose it with --pages");
     }
-    Outcome outcome = IsTiff(*format) ? ConvertToTiff(options, *source, pages)
-                                      : ConvertToFiles(options, *source, *format, pages);
-    if (source->tiff && source->tiff->chainBroken) {
-        Say(options.input, kWholeFile, BrokenChainMessage(*source->tiff));
+    Outcome outcome = toTiff ? ConvertToTiff(options, *source, pages)
+                             : ConvertToFiles(options, *source, *format, pages);
+    const std::string outOfReach = OutOfReach(*source);
+    if (!outOfReach.empty()) {
+        Say(options.input, kWholeFile, outOfReach);
         outcome = Worse(outcome, Outcome::Damaged);
     }
     return outcome;

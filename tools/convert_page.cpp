@@ -23,6 +23,7 @@ namespace {
 // dots per inch is 70 MB); beyond it, a few bytes of rubbish ask for a disk full of nothing.
 constexpr uint64_t kMostFilledBytes = 4ULL << 30U;
 constexpr double kMetresPerInch = 0.0254;
+constexpr uint32_t kPageNumber = 297;
 
 struct PageRun {
     const PageRequest* request = nullptr;
@@ -55,6 +56,9 @@ std::optional<LineSink> BeginTiffPage(PageRun& run, const Picture& target) {
     page.whiteIsZero = run.plan.fax || run.source->whiteIsZero;
     page.resolution = run.resolution;
     page.carried = run.source->carried;
+    if (!run.request->keepsPageNumbers) {
+        std::erase_if(page.carried, [](const TagValue& v) { return v.tag == kPageNumber; });
+    }
     page.plan = run.plan;
     return BeginTiff(page, *run.request->tiff, run.failure);
 }
@@ -190,6 +194,15 @@ PageResult Finish(const PageSource& source, PageRun& run, const LinesEnd& end) {
     return {damaged || !end.whole ? Outcome::Damaged : Outcome::Well, true, false};
 }
 
+// Each once a run.
+void TellNotes(const PageSource& source, const PageRequest& request,
+               const std::vector<std::string>& notes) {
+    for (const std::string& note : notes) {
+        if (!request.notes->insert(note).second) continue;
+        Say(source.name, static_cast<int32_t>(request.page), note);
+    }
+}
+
 }  // namespace
 
 PageResult ConvertPage(const PageSource& source, const PageRequest& request) {
@@ -210,12 +223,10 @@ PageResult ConvertPage(const PageSource& source, const PageRequest& request) {
     if (request.tiff != nullptr) {
         auto plan = PlanTiffPage(Scaled(run), request.tiffOptions, why);
         if (!plan) return Fail(source, request, why);
-        for (const std::string& note : plan->notes) {
-            if (!request.notes->insert(note).second) continue;
-            Say(source.name, static_cast<int32_t>(request.page), note);
-        }
+        TellNotes(source, request, plan->notes);
         run.plan = std::move(*plan);
     }
+    TellNotes(source, request, info.givenUp);
     const LinesEnd end = PushLines(*page, {OnLine, &run});
     return Finish(source, run, end);
 }

@@ -18,6 +18,7 @@ struct PageRequest {
     bool square = false;
     uint32_t dpi = 0;  // 0: the page's own
     Halftone halftone = Halftone::FloydSteinberg;
+    std::set<std::string>* notes = nullptr;  // what was told already, in this run
 
     // To a file of its own:
     const OutputFormat* format = nullptr;
@@ -27,7 +28,7 @@ struct PageRequest {
     // or, in place of that, to a TIFF file:
     TiffOutput* tiff = nullptr;
     TiffOptions tiffOptions;
-    std::set<std::string>* notes = nullptr;  // what was told already
+    bool keepsPageNumbers = false;  // they hold in the new file too
 };
 
 struct PageResult {

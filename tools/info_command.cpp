@@ -5,6 +5,7 @@
 #include "commands.h"
 #include "document.h"
 #include "image_facts.h"
+#include "losses.h"
 #include "messages.h"
 #include "tag_names.h"
 #include "text.h"
@@ -91,7 +92,7 @@ std::string FactsInWords(const ImageFacts& facts) {
 void PrintTags(TiffFileHandle file, int32_t image) {
     for (const uint32_t tag : ReadTagNumbers(file, image)) {
         const auto value = ReadTag(file, image, tag);
-        if (value) Print(TagLine(*value));
+        if (value) Print(TagLine(file, image, *value));
     }
 }
 
@@ -202,8 +203,10 @@ Outcome TellDocument(const std::string& path, const InfoOptions& options, Json& 
         outcome = Worse(outcome, TellImage(*document, image, options, images));
     }
     json["images"] = std::move(images);
-    if (document->chainBroken) {
-        Say(path, kWholeFile, BrokenChainMessage(*document));
+    const std::string outOfReach = ImagesOutOfReach(*document);
+    json["outOfReach"] = outOfReach.empty() ? Json(nullptr) : Json(outOfReach);
+    if (!outOfReach.empty()) {
+        Say(path, kWholeFile, outOfReach);
         outcome = Worse(outcome, Outcome::Damaged);
     }
     return outcome;

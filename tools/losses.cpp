@@ -143,6 +143,12 @@ std::string DanglingInWords(TiffFileHandle file, int32_t image, uint32_t tag) {
            ", which would be lost";
 }
 
+std::string LeftOutInWords(TiffFileHandle file, int32_t image, uint32_t tag) {
+    const bool directory = LeadsToDirectory(tag, TypeOf(file, image, tag));
+    return TagInWords(tag) + " was left out, with the " + (directory ? "directory" : "data") +
+           " that it pointed to";
+}
+
 // A chain that runs in a circle seems to have as many images as the library takes in. It is told
 // from a long one by a directory that comes twice.
 std::string ImagesOutOfReach(const Document& document) {

@@ -22,6 +22,9 @@ std::vector<uint32_t> TagsLeftDangling(TiffFileHandle file, int32_t image);
 // "ExifIFD (34665) points to a directory, which would be lost"
 std::string DanglingInWords(TiffFileHandle file, int32_t image, uint32_t tag);
 
+// "ExifIFD (34665) was left out, with the directory that it pointed to"
+std::string LeftOutInWords(TiffFileHandle file, int32_t image, uint32_t tag);
+
 // What becomes of images behind the document's last one, in words; empty if there are none.
 std::string ImagesOutOfReach(const Document& document);
 

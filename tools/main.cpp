@@ -2,6 +2,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <exception>
@@ -70,7 +71,14 @@ like go from TIFF to TIFF.
 
 A file that is there stays, unless --force or --append is given, and a new one takes its
 name only when it is whole. Of a damaged TIFF page the lines that came are kept, the rest
-is white; a damaged file of the other kinds is refused.
+is white; a damaged file of the other kinds is refused. A page that gives nothing is left
+out, which is told. If OUT is IN, a TIFF file that can't be read whole is replaced with
+--accept-loss alone.
+
+In TIFF, pages have the order of the LIST, and come as often as it names them; numbered
+files have the page's own number. Colour profiles, XMP and Exif data, sub-images and
+private tags aren't carried over, samples of 16 bits become 8, and what is transparent is
+laid on white: that is told once a run.
 )";
 
 constexpr const char* kAboutCheck = R"(Examples:
@@ -97,7 +105,8 @@ first IN.
 
 Directories that a tag points to (Exif data, sub-images) and images behind a broken
 chain or the thousandth can't be copied: nothing is written, unless --accept-loss is
-given. A file takes its name only when it is whole.
+given. A file takes its name only when it is whole; of a --split that is stopped, the
+files that were whole by then stay.
 )";
 
 constexpr const char* kAboutTag = R"(Examples:
@@ -114,8 +123,8 @@ that the tag has, else the one that is laid down for it. In front of a first val
 that begins with a dash stands "--".
 
 Setting and deleting write the file anew, byte order II, and put it in the old one's
-place in one step. A tag that tells how the image is stored is changed with --force
-alone. Directories that a tag points to (Exif data, sub-images) and images behind a
+place in one step. A tag that tells how the image is stored, or a value that TIFF gives
+no meaning, is written with --force alone. Directories that a tag points to (Exif data, sub-images) and images behind a
 broken chain or the thousandth would be lost: the file is left as it is, unless
 --accept-loss is given. Deleting a tag that isn't there changes nothing.
 )";
@@ -141,8 +150,9 @@ CLI::App* AddInfo(CLI::App& app, InfoOptions& options) {
 void AddTiffOptions(CLI::App& command, ConvertOptions& options) {
     constexpr int32_t kMostK = 1000000;
     command.add_option("--compression", options.compression, "How pages are compressed (TIFF)")
-        ->check(
-            CLI::IsMember({"none", "packbits", "lzw", "lzw-diff", "g3", "g3-eol", "g3-2d", "g4"}));
+        ->transform(
+            CLI::IsMember({"none", "packbits", "lzw", "lzw-diff", "g3", "g3-eol", "g3-2d", "g4"},
+                          CLI::ignore_case));
     command.add_flag("--append", options.append, "Keep the pages that the file has already (TIFF)");
     command
         .add_option("--byte-order", options.byteOrder,
@@ -170,6 +180,8 @@ CLI::App* AddConvert(CLI::App& app, ConvertOptions& options) {
     command->add_option("--format", options.format,
                         "png, bmp, pbm, pgm, ppm or tif, whatever the ending of OUT (for -: png)");
     command->add_flag("--force", options.force, "Replace files that are there already");
+    command->add_flag("--accept-loss", options.acceptLoss,
+                      "Replace IN by itself without what can't be read of it (TIFF)");
     command->add_flag("--square", options.square,
                       "Draw out the axis of lower resolution, so that pixels become square");
     command->add_option("--dpi", options.dpi, "Dots an inch of the pages, whatever IN says")
@@ -213,7 +225,7 @@ CLI::App* AddTag(CLI::App& app, TagOptions& options) {
     command->add_option("TAG", options.tag, "A tag, by its name or number");
     command->add_option("VALUE", options.values, "What to set the tag to");
     command->add_option("--image", options.image, "The image, counted from 1")
-        ->check(CLI::PositiveNumber);
+        ->check(CLI::Range(1U, uint32_t{TIFF_MAX_IMAGES}));
     command->add_option("--type", options.type, "The type of the new value: ASCII, SHORT, ...");
     command->add_flag("--force", options.force, "Change what tells how the image is stored");
     command->add_flag("--accept-loss", options.acceptLoss, "Lose what can't be carried over");
@@ -304,6 +316,9 @@ Outcome CloseStandardOutput(Outcome outcome) {
 
 int main(int argc, char** argv) {
     using namespace vellim::tool;
+    // A closed pipe or a limit of size then fails the write, and what was begun is taken away.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     try {
         return static_cast<int>(CloseStandardOutput(Run(argc, argv)));
     } catch (const std::bad_alloc&) {

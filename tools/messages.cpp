@@ -1,11 +1,15 @@
 // Messages and progress. Standard output is for data alone.
 #include "messages.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 
+#include "handles.h"
 #include "text.h"
 #include "vellim/failures.h"
 
@@ -33,7 +37,7 @@ constexpr std::array<std::string_view, TIFF_UNEXPECTED_EOFB + 1> kExplanations =
     "the data ends before the picture does",
     "the file can't be read, or it points to a place outside itself",
     "",
-    "the file begins like a TIFF file, but the number 42 is missing",
+    "the number 42 of TIFF files is missing behind II or MM; BigTIFF, with 43, isn't served",
     "a tag with a value of 32768 bytes or more",
     "its size, its strips or its colour map",
     "this compression, or an option of it, isn't served",
@@ -47,6 +51,18 @@ constexpr std::array<std::string_view, TIFF_UNEXPECTED_EOFB + 1> kExplanations =
     "the Group 4 data doesn't end as it should",
     "the Group 4 data ends before the last line",
 };
+
+// Whether there is no room for the files that the library opens for one call. It keeps to itself
+// what the system said, so that this is found out behind it.
+bool LacksDescriptors() {
+    constexpr size_t kMostAtOnce = 4;
+    std::array<OwnedDescriptor, kMostAtOnce> tried;
+    for (OwnedDescriptor& descriptor : tried) {
+        descriptor.Reset(open("/", O_PATH | O_CLOEXEC));
+        if (!descriptor && (errno == EMFILE || errno == ENFILE)) return true;
+    }
+    return false;
+}
 
 }  // namespace
 
@@ -78,8 +94,31 @@ std::string_view Explanation(int32_t code) {
 
 std::string FailureInWords(int32_t code) {
     std::string words = FailureMessage(code);
+    if (code == TIFF_IO_ERROR && LacksDescriptors()) return words + " (too many files are open)";
     if (!Explanation(code).empty()) words += " (" + std::string(Explanation(code)) + ")";
     return words;
+}
+
+// Other codes than that of input and output tell of the picture, other errors of the system may
+// come from reading.
+std::string FailureInWriting(int32_t code, int error, uint64_t bytes) {
+    if (code != TIFF_IO_ERROR) return {};
+    switch (error) {
+        case EAGAIN:  // from a lock
+            return "it is being written to by another program";
+        case EFBIG:
+        case ENOSPC:
+        case EDQUOT:
+        case EROFS:
+        case EACCES:
+        case EMFILE:
+        case ENFILE:
+            return std::string("it can't be written: ") + std::strerror(error);
+        default:
+            break;
+    }
+    if (LacksDescriptors()) return "it can't be written: too many files are open";
+    return bytes > INT32_MAX ? "it can't be written: it would be larger than 2 GB" : "";
 }
 
 std::string LinesOf(uint32_t came, uint32_t due) {

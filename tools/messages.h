@@ -26,6 +26,11 @@ std::string_view Explanation(int32_t code);
 // Both: "message (explanation)".
 std::string FailureInWords(int32_t code);
 
+// Why the library couldn't write, in words: from its failure code, from `error` (errno right after
+// the call, which began with 0), and from the most `bytes` that the file would have had. Empty if
+// nothing speaks for a failure in writing.
+std::string FailureInWriting(int32_t code, int error, uint64_t bytes);
+
 // "1204 of 2200 lines"
 std::string LinesOf(uint32_t came, uint32_t due);
 

@@ -3,11 +3,15 @@
 // the destination may be large.
 #include "page_copy.h"
 
+#include <sys/stat.h>
+
+#include <cerrno>
 #include <filesystem>
 
 #include "losses.h"
 #include "messages.h"
 #include "passing_file.h"
+#include "tag_rewrite.h"
 #include "vellim/edit.h"
 #include "vellim/failures.h"
 #include "vellim/streams.h"
@@ -20,26 +24,58 @@ bool FailWith(std::string& why) {
     return false;
 }
 
-bool CopyToScratch(const Page& page, const std::string& path) {
-    const OwnedTiff scratch(OpenTiffFile(path.c_str(), T_CREAT));
-    return scratch && CopyTiffImage(page.document->File(), page.image, scratch.Get()) != 0;
+uint64_t SizeOf(int descriptor) {
+    struct stat status = {};
+    return fstat(descriptor, &status) == 0 ? static_cast<uint64_t>(status.st_size) : 0;
 }
 
-bool CopyByDetour(const Page& page, TiffFileHandle destination, std::string& why) {
-    PassingFile scratch;
-    if (!CreateScratchFile(scratch, why)) return false;
-    const std::string& path = scratch.temporary;
-    if (!CopyToScratch(page, path)) return FailWith(why);
-    for (const uint32_t tag : page.lostTags) {
-        if (DeleteTiffTagOfImage(path.c_str(), 0, tag) != 0) continue;
-        FailWith(why);
-        std::error_code error;  // the unfinished file, as the library names it, if there is one
-        std::filesystem::remove(std::filesystem::path(path).replace_extension("~~~"), error);
-        return false;
+uint64_t SizeOf(TiffFileHandle file) {
+    TiffFileInfo info = {};
+    std::error_code error;
+    GetTiffFileInfo(file, &info);
+    const uint64_t size = std::filesystem::file_size(info.PathName, error);
+    return error ? 0 : size;
+}
+
+// Tells which of the two is to blame. `error` is what the system said, `bytes` the most that the
+// copy would have made of the file.
+PageCopied Blame(int32_t code, int error, uint64_t bytes, std::string& why) {
+    why = FailureInWriting(code, error, bytes);
+    if (!why.empty()) return PageCopied::NotWritten;
+    why = FailureInWords(code);
+    return PageCopied::NotRead;
+}
+
+PageCopied Copy(TiffFileHandle source, int32_t image, TiffFileHandle destination, uint64_t size,
+                std::string& why) {
+    errno = 0;
+    if (CopyTiffImage(source, image, destination) != 0) return PageCopied::Whole;
+    return Blame(TiffError(), errno, size + SizeOf(source), why);
+}
+
+// Puts the page, without `lostTags`, into a file of its own.
+PageCopied CopyToScratch(const Page& page, PassingFile& scratch, std::string& why) {
+    if (!CreateScratchFile(scratch, why)) return PageCopied::NotWritten;
+    {
+        const OwnedTiff whole(OpenTiffFile(scratch.temporary.c_str(), T_CREAT));
+        const auto copied = Copy(page.document->File(), page.image, whole.Get(), 0, why);
+        if (copied != PageCopied::Whole) return copied;
     }
-    const OwnedTiff stripped(OpenTiffFile(path.c_str(), T_READ));
-    if (!stripped || CopyTiffImage(stripped.Get(), 0, destination) == 0) return FailWith(why);
-    return true;
+    for (const uint32_t tag : page.lostTags) {
+        const int32_t code = ChangeTag(scratch, {0, tag, {}});
+        if (code != TIFF_SUCCESS) return Blame(code, errno, 0, why);
+    }
+    return PageCopied::Whole;
+}
+
+PageCopied CopyByDetour(const Page& page, const TiffOutput& destination, uint64_t size,
+                        std::string& why) {
+    PassingFile scratch;
+    const auto copied = CopyToScratch(page, scratch, why);
+    if (copied == PageCopied::NotWritten) why = "on its way through a temporary file: " + why;
+    if (copied != PageCopied::Whole) return copied;
+    const OwnedTiff stripped(OpenTiffFile(scratch.temporary.c_str(), T_READ));
+    return Copy(stripped.Get(), 0, destination.File(), size, why);
 }
 
 }  // namespace
@@ -57,10 +93,10 @@ bool ExaminePage(Page& page, uint16_t order, std::string& why) {
     return why.empty();
 }
 
-bool CopyPage(const Page& page, TiffFileHandle destination, std::string& why) {
-    if (!page.lostTags.empty()) return CopyByDetour(page, destination, why);
-    if (CopyTiffImage(page.document->File(), page.image, destination) == 0) return FailWith(why);
-    return true;
+PageCopied CopyPage(const Page& page, const TiffOutput& destination, std::string& why) {
+    const uint64_t size = SizeOf(destination.passing.descriptor.Get());
+    if (!page.lostTags.empty()) return CopyByDetour(page, destination, size, why);
+    return Copy(page.document->File(), page.image, destination.File(), size, why);
 }
 
 }  // namespace vellim::tool

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "document.h"
+#include "tiff_output.h"
 
 namespace vellim::tool {
 
@@ -20,7 +21,9 @@ struct Page {
 // lose. False, with the reason in `why`, if it can't.
 bool ExaminePage(Page& page, uint16_t order, std::string& why);
 
-// Adds the page, without `lostTags`, to `destination`. False with the reason in `why`.
-bool CopyPage(const Page& page, TiffFileHandle destination, std::string& why);
+enum class PageCopied { Whole, NotRead, NotWritten };
+
+// Adds the page, without `lostTags`, to `destination`. If it can't be, the reason is in `why`.
+PageCopied CopyPage(const Page& page, const TiffOutput& destination, std::string& why);
 
 }  // namespace vellim::tool

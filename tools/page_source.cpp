@@ -7,10 +7,10 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstring>
 
+#include "carried_tags.h"
 #include "messages.h"
 #include "passing_file.h"
 #include "raster_formats.h"
@@ -29,30 +29,6 @@ struct SourcePage {
 };
 
 namespace {
-
-// Tags that go with a page whatever form its pixels take. Orientation stays, since the pixels
-// aren't turned; Software tells what made the page, which conversion doesn't change.
-constexpr std::array<uint32_t, 16> kCarriedTags = {
-    TIFF_TAG_NEW_SUBFILE_TYPE,
-    TIFF_TAG_SUBFILE_TYPE,
-    TIFF_TAG_DOCUMENT_NAME,
-    TIFF_TAG_IMAGE_DESCRIPTION,
-    271,  // Make
-    272,  // Model
-    TIFF_TAG_ORIENTATION,
-    285,   // PageName
-    286,   // XPosition
-    287,   // YPosition
-    297,   // PageNumber
-    305,   // Software
-    306,   // DateTime
-    315,   // Artist
-    316,   // HostComputer
-    33432  // Copyright
-};
-
-// A longer value can be read by nobody through the library.
-constexpr size_t kLongestValue = 32767;
 
 OwnedDescriptor OpenInput(const std::string& path, std::string& why) {
     OwnedDescriptor descriptor(path == "-" ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
@@ -103,17 +79,6 @@ bool OpenRasterSource(PageSource& source, std::string_view head, std::string& wh
     return true;
 }
 
-std::vector<TagValue> ReadCarriedTags(TiffFileHandle file, int32_t image) {
-    std::vector<TagValue> carried;
-    for (const uint32_t tag : kCarriedTags) {
-        auto value = ReadTag(file, image, tag);
-        if (!value || value->bytes.empty()) continue;
-        if (value->bytes.size() > kLongestValue) continue;
-        carried.push_back(std::move(*value));
-    }
-    return carried;
-}
-
 bool DescribeTiffPage(SourcePage& page, std::string& why) {
     page.tags = std::make_unique<LoadedImage>(page.file, page.image);
     if (!*page.tags) {
@@ -127,6 +92,7 @@ bool DescribeTiffPage(SourcePage& page, std::string& why) {
     page.info.whiteIsZero = stored->whiteIsZero;
     page.info.resolution = facts.resolution;
     page.info.carried = ReadCarriedTags(page.file, page.image);
+    page.info.givenUp = TagsGivenUp(page.file, page.image);
     return true;
 }
 

@@ -26,12 +26,20 @@ struct PageSource {
     uint32_t pageCount = 0;
 };
 
+// What conversion gives up, in words.
+constexpr const char* kDeepSamples = "samples of 16 bits become samples of 8 bits";
+constexpr const char* kTransparency = "what is transparent is laid on white";
+constexpr const char* kColourProfile = "the colour profile isn't carried over";
+constexpr const char* kXmp = "XMP data isn't carried over";
+constexpr const char* kExif = "Exif and GPS data isn't carried over";
+
 // What is known of a page before its first line.
 struct PageInfo {
     Picture picture;           // that the lines make when they are turned as `whiteIsZero` says
     bool whiteIsZero = false;  // lines are stored the other way round
     std::optional<Resolution> resolution;
-    std::vector<TagValue> carried;  // what a TIFF file tells of a page besides its pixels
+    std::vector<TagValue> carried;     // what a TIFF file tells of a page besides its pixels
+    std::vector<std::string> givenUp;  // what there is of it that no output gets
 };
 
 // How the lines of a page ended.

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <deque>
@@ -14,8 +15,10 @@
 #include "document.h"
 #include "losses.h"
 #include "messages.h"
+#include "output_formats.h"
 #include "page_copy.h"
 #include "page_list.h"
+#include "raster_formats.h"
 #include "split_names.h"
 #include "tiff_output.h"
 #include "vellim/failures.h"
@@ -91,6 +94,17 @@ std::optional<Document> OpenSource(const std::string& path, std::string& why) {
     return OpenDocument(path, std::move(file), why);
 }
 
+// "PNG" and the like, for a file that is a picture of another kind; empty if it isn't.
+std::string_view PictureFormatOf(const std::string& path) {
+    if (IsPlace(path)) return {};
+    const OwnedDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    std::array<char, kHeadBytes> head{};
+    const ssize_t got = file ? read(file.Get(), head.data(), head.size()) : 0;
+    if (got <= 0) return {};
+    const RasterFormat* format = RecogniseFormat({head.data(), static_cast<size_t>(got)});
+    return format == nullptr ? std::string_view() : format->name;
+}
+
 // Opens the inputs and gathers their pages. False, and told, if something is missing.
 bool GatherPages(const PagesOptions& options, size_t most, Job& job) {
     SetHandleCount(static_cast<int32_t>(options.inputs.size() + kSpareFiles));
@@ -100,6 +114,11 @@ bool GatherPages(const PagesOptions& options, size_t most, Job& job) {
         auto document = OpenSource(options.inputs[i], why);
         if (document && document->block) why = "its pages can't be copied without /proc";
         if (!document || document->block) {
+            const std::string_view picture = document ? "" : PictureFormatOf(options.inputs[i]);
+            if (!picture.empty()) {
+                why = "it is a " + std::string(picture) +
+                      " file; vellim convert makes a TIFF file of it";
+            }
             Say(options.inputs[i], kWholeFile, why);
             return false;
         }
@@ -127,8 +146,10 @@ bool ExaminePages(Job& job, uint16_t order, bool acceptLoss) {
             return false;
         }
         const LoadedImage loaded(file, page.image);
-        for (const uint32_t tag : page.lostTags)
+        for (const uint32_t tag : page.lostTags) {
+            if (acceptLoss) continue;  // that it was lost is told when it is
             Say(page.document->name, page.image, DanglingInWords(file, page.image, tag));
+        }
         loses = loses || !page.lostTags.empty();
     }
     if (!loses || acceptLoss) return true;
@@ -136,25 +157,42 @@ bool ExaminePages(Job& job, uint16_t order, bool acceptLoss) {
     return false;
 }
 
+std::string NameOf(const TiffOutput& output) {
+    return output.target == "-" ? "standard output" : output.target;
+}
+
+void TellLeftOut(const std::vector<Page>& pages) {
+    for (const Page& page : pages) {
+        if (page.lostTags.empty()) continue;
+        const TiffFileHandle file = page.document->File();
+        const LoadedImage loaded(file, page.image);
+        for (const uint32_t tag : page.lostTags)
+            Say(page.document->name, page.image, LeftOutInWords(file, page.image, tag));
+    }
+}
+
 bool CopyPages(const std::vector<Page>& pages, TiffOutput& output) {
     Progress progress(output.target, kWholeFile, static_cast<uint32_t>(pages.size()));
     uint32_t done = 0;
     for (const Page& page : pages) {
         std::string why;
-        if (!CopyPage(page, output.File(), why)) {
+        const PageCopied copied = CopyPage(page, output, why);
+        if (copied == PageCopied::NotRead) {
             Say(page.document->name, page.image, "it couldn't be copied: " + why);
-            return false;
+        } else if (copied == PageCopied::NotWritten) {
+            Say(NameOf(output), kWholeFile, why);
         }
+        if (copied != PageCopied::Whole) return false;
         progress.Step(++done);
     }
     return true;
 }
 
-bool Commit(TiffOutput& output, const std::string& what) {
+bool Commit(const std::vector<Page>& pages, TiffOutput& output, const std::string& what) {
     std::string why;
-    const std::string name = output.target == "-" ? "standard output" : output.target;
     const bool committed = CommitTiffOutput(output, why);
-    Say(name, kWholeFile, committed ? what : why);
+    if (committed) TellLeftOut(pages);
+    Say(NameOf(output), kWholeFile, committed ? what : "it can't be written: " + why);
     return committed;
 }
 
@@ -180,9 +218,9 @@ Outcome WriteOne(const PagesOptions& options, Job& job) {
     }
     const bool good =
         ExaminePages(job, output->byteOrder, options.acceptLoss) && CopyPages(job.pages, *output) &&
-        Commit(*output, before == 0
-                            ? InWords(after)
-                            : InWords(job.pages.size()) + " added, " + InWords(after) + " in all");
+        Commit(job.pages, *output,
+               before == 0 ? InWords(after)
+                           : InWords(job.pages.size()) + " added, " + InWords(after) + " in all");
     return good ? Outcome::Well : Outcome::Failed;
 }
 
@@ -229,7 +267,8 @@ Outcome WriteEach(const PagesOptions& options, const NamePattern& pattern, Job& 
             Say(names[i], kWholeFile, why);
             return Outcome::Failed;
         }
-        if (!CopyPages({page}, *output) || !Commit(*output, InWords(1))) return Outcome::Failed;
+        const bool good = CopyPages({page}, *output) && Commit({page}, *output, InWords(1));
+        if (!good) return Outcome::Failed;
     }
     return Outcome::Well;
 }
@@ -238,6 +277,12 @@ Outcome WriteEach(const PagesOptions& options, const NamePattern& pattern, Job& 
 std::string ReadOptions(const PagesOptions& options, Job& job) {
     if (options.output.empty() == options.split.empty()) {
         return "pages go to one file with --output or to a file each with --split";
+    }
+    const OutputFormat* format =
+        FormatOfPath(options.split.empty() ? options.output : options.split);
+    if (format != nullptr && !IsTiff(*format)) {
+        return "pages writes TIFF files alone, which don't end in ." + std::string(format->name) +
+               "; vellim convert writes others";
     }
     if (options.append && !options.split.empty()) return "--append goes with --output alone";
     if (options.append && options.force) {

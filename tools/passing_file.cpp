@@ -1,16 +1,19 @@
 #include "passing_file.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <thread>
 #include <vector>
 
 #include "vellim/platform.h"
@@ -23,6 +26,9 @@ constexpr mode_t kPrivateMode = 0600;
 constexpr mode_t kPermissionBits = 0777;
 constexpr size_t kCopyBytes = 256UL << 10U;
 constexpr int kMostTries = 100;  // against names that a process of the same number left behind
+constexpr int kMostLinks = 40;   // in a row, as the system itself follows them
+constexpr auto kPatience = std::chrono::seconds(10);
+constexpr auto kPause = std::chrono::milliseconds(20);
 
 // The names for the signal handler, which may touch nothing that is being changed. More files than
 // these at once have to be taken away by hand after a signal.
@@ -94,6 +100,64 @@ bool IsFile(const std::string& path, struct stat& status) {
     return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
+bool IsUnchanged(const struct stat& before, const std::string& path) {
+    struct stat now = {};
+    return IsFile(path, now) && now.st_dev == before.st_dev && now.st_ino == before.st_ino &&
+           now.st_size == before.st_size && now.st_mtim.tv_sec == before.st_mtim.tv_sec &&
+           now.st_mtim.tv_nsec == before.st_mtim.tv_nsec;
+}
+
+// Whether `path` is a link to a file that isn't there.
+bool DanglesFrom(const std::string& path) {
+    std::error_code error;
+    return std::filesystem::is_symlink(std::filesystem::symlink_status(path, error)) &&
+           !std::filesystem::exists(path, error);
+}
+
+// The name that is to be written: behind all links, also where the last leads to nothing yet.
+std::string FinalName(const std::string& path) {
+    std::error_code error;
+    auto target = std::filesystem::canonical(path, error);
+    if (!error) return target;
+    target = path;
+    for (int links = 0; links < kMostLinks; ++links) {
+        const auto next = std::filesystem::read_symlink(target, error);
+        if (error) return target;
+        target = target.parent_path() / next;
+    }
+    return path;
+}
+
+enum class Claimed { Yes, NoFile, Busy, Failed };
+
+// Whoever had the lock before may have put another file in the place of the one that was opened, so
+// that the path is looked at again under the lock. A file system without locks is no obstacle.
+Claimed TryClaim(const std::string& path, PassingFile& file) {
+    file.claim.Reset(open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
+    if (!file.claim) return errno == ENOENT ? Claimed::NoFile : Claimed::Failed;
+    const int descriptor = file.claim.Get();
+    if (flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) return Claimed::Busy;
+    if (fstat(descriptor, &file.replaced) != 0) return Claimed::Failed;
+    return IsUnchanged(file.replaced, path) ? Claimed::Yes : Claimed::Busy;
+}
+
+// Claims the file that is to be appended to, if there is one.
+bool ClaimToAppend(const std::string& path, PassingFile& file, std::string& why) {
+    const auto end = std::chrono::steady_clock::now() + kPatience;
+    for (;;) {
+        const Claimed claimed = TryClaim(path, file);
+        if (claimed == Claimed::Failed) return Fail(why);
+        if (claimed != Claimed::Busy) {
+            file.replaces = claimed == Claimed::Yes;
+            return true;
+        }
+        if (std::chrono::steady_clock::now() > end) break;
+        std::this_thread::sleep_for(kPause);
+    }
+    why = "it is being written to by another program";
+    return false;
+}
+
 bool WriteAll(int descriptor, const char* bytes, size_t count, std::string& why) {
     while (count > 0) {
         const ssize_t written = write(descriptor, bytes, count);
@@ -131,24 +195,27 @@ bool IsPlace(const std::string& path) {
 
 bool MayWrite(const std::string& path, Overwrite mode, std::string& why) {
     struct stat status = {};
-    if (mode != Overwrite::Refuse || path == "-" || !IsFile(path, status)) return true;
-    why = "there is such a file already; with --force it is replaced";
+    if (path == "-") return true;
+    const bool exists = IsFile(path, status);
+    if (mode != Overwrite::Refuse) {
+        if (!exists || access(path.c_str(), W_OK) == 0) return true;
+        why = std::string("it may not be written to: ") + std::strerror(errno);
+        return false;
+    }
+    if (!exists && !DanglesFrom(path)) return true;
+    why = exists ? "there is such a file already; with --force it is replaced"
+                 : "it is a link to a file that isn't there; with --force that is made";
     return false;
 }
 
 bool CreatePassingFile(const std::string& path, Overwrite mode, PassingFile& file,
                        std::string& why) {
     if (!MayWrite(path, mode, why)) return false;
-    file.path = path;
+    file.path = FinalName(path);
     file.replaces = mode != Overwrite::Refuse;
-    const bool exists = IsFile(path, file.replaced);
-    if (exists) {
-        std::error_code error;
-        const auto target = std::filesystem::canonical(path, error);
-        if (!error) file.path = target;
-    } else {
-        file.replaced = {};
-    }
+    if (mode == Overwrite::Append && !ClaimToAppend(file.path, file, why)) return false;
+    const bool exists = file.claim || IsFile(path, file.replaced);
+    if (!exists) file.replaced = {};
     // What was private isn't shown to others while it is being rewritten.
     const auto folder = std::filesystem::path(file.path).parent_path();
     return OpenNew(folder, exists ? kPrivateMode : kNewFileMode, file, why);
@@ -181,14 +248,22 @@ bool CopyBytes(int from, int to, std::string& why) {
     return CopyRest(from, to, why);
 }
 
-// Where no file was found at first, one that has come up since then is not replaced either.
 bool Settle(PassingFile& file, std::string& why) {
     if (file.replaced.st_mode != 0) TakeOver(file.descriptor.Get(), file.replaced);
     if (fsync(file.descriptor.Get()) != 0 && errno != EINVAL) return Fail(why);
     if (close(file.descriptor.Release()) != 0) return Fail(why);
     const char* from = file.temporary.c_str();
     const char* to = file.path.c_str();
+    if (file.claim && !IsUnchanged(file.replaced, file.path)) {
+        why = "another program has changed it meanwhile";
+        return false;
+    }
     const bool moved = file.replaces ? std::rename(from, to) == 0 : MoveFileA(from, to) != 0;
+    struct stat other = {};
+    if (!moved && !file.replaces && IsFile(file.path, other)) {
+        why = "another program has made it meanwhile";
+        return false;
+    }
     if (!moved) return Fail(why);
     Unwatch(from);
     file.temporary.clear();

@@ -12,6 +12,7 @@
 #include <array>
 #include <csetjmp>
 #include <cstring>
+#include <string_view>
 
 #include "byte_source.h"
 #include "handles.h"
@@ -37,6 +38,7 @@ struct PngReader {
     uint32_t width = 0, height = 0;
     int depth = 0, colourType = 0;
     bool interlaced = false;
+    bool deep = false;         // stored with samples of 16 bits
     bool alpha = false;        // rows come with an alpha sample behind each pixel
     std::vector<uint8_t> row;  // as libpng gives it
     OwnedBlock picture;        // of an interlaced one, all rows
@@ -86,7 +88,8 @@ bool SetForm(PngReader& r) {
     const bool keyed = !palette && png_get_valid(r.png, r.info, PNG_INFO_tRNS) != 0;
     r.alpha = keyed || (r.colourType & PNG_COLOR_MASK_ALPHA) != 0;
     if (keyed) png_set_expand(r.png);
-    if (r.depth == 16) png_set_scale_16(r.png);
+    r.deep = r.depth == 16;
+    if (r.deep) png_set_scale_16(r.png);
     if (r.interlaced) png_set_interlace_handling(r.png);
     png_read_update_info(r.png, r.info);
     r.depth = png_get_bit_depth(r.png, r.info);
@@ -209,6 +212,23 @@ void ReadResolution(const PngReader& r, PageInfo& info) {
     SetPelsPerMetre(info, x, y, unit == PNG_RESOLUTION_METER);
 }
 
+bool HasXmp(const PngReader& r) {
+    constexpr std::string_view kXmpKey = "XML:com.adobe.xmp";
+    png_textp texts = nullptr;
+    int count = 0;
+    png_get_text(r.png, r.info, &texts, &count);
+    return std::any_of(texts, texts + count, [&](const png_text& t) { return kXmpKey == t.key; });
+}
+
+void TellGivenUp(const PngReader& r, PageInfo& info) {
+    const auto has = [&](uint32_t chunk) { return png_get_valid(r.png, r.info, chunk) != 0; };
+    if (r.deep) info.givenUp.emplace_back(kDeepSamples);
+    if (r.alpha || has(PNG_INFO_tRNS)) info.givenUp.emplace_back(kTransparency);
+    if (has(PNG_INFO_iCCP)) info.givenUp.emplace_back(kColourProfile);
+    if (has(PNG_INFO_eXIf)) info.givenUp.emplace_back(kExif);
+    if (HasXmp(r)) info.givenUp.emplace_back(kXmp);
+}
+
 PageInfo Describe(const PngReader& r) {
     PageInfo info;
     Picture& picture = info.picture;
@@ -224,6 +244,7 @@ PageInfo Describe(const PngReader& r) {
             (r.colourType & PNG_COLOR_MASK_COLOR) != 0 ? kRgb : PixelType{Colour::Grey, bits};
     }
     ReadResolution(r, info);
+    TellGivenUp(r, info);
     return info;
 }
 

@@ -129,6 +129,10 @@ bool NextPlainLine(PnmReader& r, uint8_t* line, std::string& why) {
     for (uint32_t i = 0; i < r.samples; ++i) {
         uint64_t sample = 0;
         if (!ReadNumber(r.source, sample)) return EndsTooSoon(r, why);
+        if (sample > r.header.highest) {
+            why = "a sample is above the highest value that its header tells";
+            return false;
+        }
         line[i] = Scale(r, sample);
     }
     return true;
@@ -182,6 +186,7 @@ std::optional<RasterPage> OpenPnm(int descriptor, uint64_t offset, std::string& 
     info.picture.height = static_cast<uint32_t>(header.height);
     info.picture.type = IsBitmap(header) ? kBilevel : IsColour(header) ? kRgb : kGrey8;
     info.whiteIsZero = IsBitmap(header);
+    if (header.highest > 255) info.givenUp.emplace_back(kDeepSamples);
     r->samples = info.picture.width * (IsColour(header) ? 3 : 1);
     if (!plain) r->row.resize(static_cast<size_t>(rowBytes));
     for (size_t i = 0; i < r->scaled.size(); ++i)

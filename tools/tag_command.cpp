@@ -1,5 +1,6 @@
 // `vellim tag`: the tags of an image listed, shown one by one, set and deleted.
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <string_view>
 
@@ -7,7 +8,6 @@
 #include "document.h"
 #include "losses.h"
 #include "messages.h"
-#include "stored_directory.h"
 #include "tag_edit.h"
 #include "tag_input.h"
 #include "tag_names.h"
@@ -41,7 +41,7 @@ Outcome ListTags(const Document& document, int32_t image) {
     std::printf("%s:\n", Place(document.name, image).c_str());
     for (const uint32_t tag : ReadTagNumbers(document.File(), image)) {
         const auto value = ReadTag(document.File(), image, tag);
-        if (value) std::printf("%s\n", TagLine(*value).c_str());
+        if (value) std::printf("%s\n", TagLine(document.File(), image, *value).c_str());
     }
     return Outcome::Well;
 }
@@ -66,8 +66,7 @@ Outcome ShowTag(const Document& document, int32_t image, uint32_t tag) {
     if (!loaded) return Fail(document, image, FailureInWords(TiffError()));
     const auto value = ReadTag(document.File(), image, tag);
     if (!value) return Fail(document, image, NoSuchTag(tag));
-    auto words = ElementsInWords(*value, SIZE_MAX);
-    if (words.empty()) words = StoredDirectories(document.File()).WideElements(image, tag);
+    const auto words = ElementsInWords(document.File(), image, *value, SIZE_MAX);
     const bool text = value->type == TIFF_TYPE_ASCII;
     if (words.empty() && value->count > 0 && !text) {
         return Fail(document, image,
@@ -100,6 +99,17 @@ bool HasDateForm(std::string_view text) {
                       [&](char a, char b) { return digit(b) ? digit(a) : a == b; });
 }
 
+// Whether each element is a number that the standard gives a meaning.
+bool IsWithin(const TagRule& rule, const TagValue& value) {
+    const auto elements = ElementsInWords(value, SIZE_MAX);
+    return std::all_of(elements.begin(), elements.end(), [&](const std::string& word) {
+        uint32_t number = 0;
+        const char* end = word.data() + word.size();
+        const auto [rest, error] = std::from_chars(word.data(), end, number);
+        return error == std::errc() && rest == end && number >= rule.least && number <= rule.most;
+    });
+}
+
 // What speaks against the edit as such; empty if nothing does.
 std::string WhyNotEasily(const TagEdit& edit, const std::vector<std::string>& words) {
     const TagRule rule = RuleOf(edit.tag);
@@ -114,6 +124,10 @@ std::string WhyNotEasily(const TagEdit& edit, const std::vector<std::string>& wo
     if (rule.count == kDateForm.size() + 1 && !HasDateForm(words.front())) {
         return name + " has the form \"" + std::string(kDateForm) + "\"";
     }
+    if (rule.most != 0 && !IsWithin(rule, *edit.value)) {
+        return name + " is a number from " + std::to_string(rule.least) + " to " +
+               std::to_string(rule.most);
+    }
     if (rule.count != 0 && rule.count != edit.value->count) {
         const bool text = edit.value->type == TIFF_TYPE_ASCII;
         return name + " takes " + std::to_string(rule.count - (text ? 1 : 0)) +
@@ -124,13 +138,19 @@ std::string WhyNotEasily(const TagEdit& edit, const std::vector<std::string>& wo
     return {};
 }
 
-Outcome ChangeTag(const Document& document, const TagEdit& edit,
-                  const std::vector<std::string>& words, const TagOptions& options) {
+// What is to be edited: the document, and the claim that was laid on it before it was opened.
+struct Edited {
+    const Document& document;
+    const EditClaim& claim;
+};
+
+Outcome EditIfAllowed(const Edited& edited, const TagEdit& edit,
+                      const std::vector<std::string>& words, const TagOptions& options) {
     const std::string why = WhyNotEasily(edit, words);
     if (!why.empty() && !options.force) {
-        return Fail(document, edit.image, why + "; nothing was changed, --force does it");
+        return Fail(edited.document, edit.image, why + "; nothing was changed, --force does it");
     }
-    return EditTag(document, edit, options.acceptLoss);
+    return EditTag(edited.document, edited.claim, edit, options.acceptLoss);
 }
 
 bool IsPlain(const std::string& text) {
@@ -138,8 +158,8 @@ bool IsPlain(const std::string& text) {
                         [](char c) { return (static_cast<uint8_t>(c) & 0x80U) != 0; });
 }
 
-Outcome SetTag(const Document& document, TagEdit edit, uint32_t askedType,
-               const TagOptions& options) {
+Outcome SetTag(const Edited& edited, TagEdit edit, uint32_t askedType, const TagOptions& options) {
+    const Document& document = edited.document;
     uint32_t present = 0;
     {
         const LoadedImage loaded(document.File(), edit.image);
@@ -154,7 +174,7 @@ Outcome SetTag(const Document& document, TagEdit edit, uint32_t askedType,
         if (edit.value) break;
     }
     if (!edit.value) return Misused(why);
-    const Outcome outcome = ChangeTag(document, edit, words, options);
+    const Outcome outcome = EditIfAllowed(edited, edit, words, options);
     const bool plain = std::all_of(words.begin(), words.end(), IsPlain);
     if (outcome < Outcome::Failed && !plain) {
         Say(document.name, edit.image,
@@ -165,14 +185,15 @@ Outcome SetTag(const Document& document, TagEdit edit, uint32_t askedType,
 }
 
 // An image without the tag is what was asked for: no failure.
-Outcome DeleteTag(const Document& document, const TagEdit& edit, const TagOptions& options) {
+Outcome DeleteTag(const Edited& edited, const TagEdit& edit, const TagOptions& options) {
+    const Document& document = edited.document;
     bool there = false;
     {
         const LoadedImage loaded(document.File(), edit.image);
         if (!loaded) return Fail(document, edit.image, FailureInWords(TiffError()));
         there = GetTiffImageInfo(document.File(), edit.image, edit.tag, nullptr) != 0;
     }
-    if (there) return ChangeTag(document, edit, {}, options);
+    if (there) return EditIfAllowed(edited, edit, {}, options);
     Say(document.name, edit.image, NoSuchTag(edit.tag) + "; nothing was changed");
     return Outcome::Well;
 }
@@ -201,7 +222,8 @@ Outcome ChooseImage(const Document& document, uint32_t chosen, std::optional<int
     return Outcome::Well;
 }
 
-Outcome Act(const Document& document, uint32_t tag, uint32_t type, const TagOptions& options) {
+Outcome Act(const Edited& edited, uint32_t tag, uint32_t type, const TagOptions& options) {
+    const Document& document = edited.document;
     std::optional<int32_t> image;
     const Outcome outcome = ChooseImage(document, options.image, image);
     if (outcome != Outcome::Well) return outcome;
@@ -212,8 +234,8 @@ Outcome Act(const Document& document, uint32_t tag, uint32_t type, const TagOpti
     }
     if (options.action == "get") return ShowTag(document, *image, tag);
     const TagEdit edit{*image, tag, {}};
-    return options.action == "set" ? SetTag(document, edit, type, options)
-                                   : DeleteTag(document, edit, options);
+    return options.action == "set" ? SetTag(edited, edit, type, options)
+                                   : DeleteTag(edited, edit, options);
 }
 
 }  // namespace
@@ -232,8 +254,11 @@ Outcome RunTag(const TagOptions& options) {
         return Misused("there is no type \"" + Printable(options.type) + "\"");
     }
     std::string why;
-    const auto document = OpenDocument(options.file, why);
-    if (document) return Act(*document, tag, type, options);
+    EditClaim claim;
+    const bool edits = options.action == "set" || options.action == "delete";
+    const bool claimed = !edits || IsPlace(options.file) || ClaimForEdit(options.file, claim, why);
+    const auto document = claimed ? OpenDocument(options.file, why) : std::nullopt;
+    if (document) return Act({*document, claim}, tag, type, options);
     Say(options.file, kWholeFile, why);
     return Outcome::Failed;
 }

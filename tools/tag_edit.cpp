@@ -1,5 +1,6 @@
-// The library writes the file anew, all images of it, and puts the new one in the old one's place.
-// So what one edit could lose is to be looked for in every image.
+// The library writes a file anew, all images of it, for every tag that changes. So what one edit
+// could lose is to be looked for in every image, and where many tags have to go, the time grows
+// with their number times the file.
 #include "tag_edit.h"
 
 #include <sys/stat.h>
@@ -12,7 +13,6 @@
 #include "losses.h"
 #include "messages.h"
 #include "tag_names.h"
-#include "vellim/edit.h"
 #include "vellim/failures.h"
 #include "vellim/streams.h"
 
@@ -50,13 +50,6 @@ std::string WhyNotEditable(const Document& document) {
     return access(document.name.c_str(), W_OK) == 0 ? std::string() : std::strerror(errno);
 }
 
-// A path that the library takes for the file.
-std::string PathForLibrary(const Document& document) {
-    TiffFileInfo info = {};
-    GetTiffFileInfo(document.File(), &info);
-    return info.PathName;
-}
-
 // Gathers what a rewriting would lose, but for what `edit` itself takes away. False, and told, if
 // an image can't be carried over at all.
 bool FindLosses(const Document& document, const TagEdit& edit, FileLosses& losses) {
@@ -89,42 +82,70 @@ void TellLosses(const Document& document, const FileLosses& losses) {
     if (!losses.images.empty()) Say(document.name, kWholeFile, losses.images);
 }
 
-bool Failed(const Document& document, int32_t image) {
-    Say(document.name, image, "it wasn't changed: " + FailureInWords(TiffError()));
+void TellDeleted(const Document& document, const FileLosses& losses) {
+    const size_t told = std::min(losses.tags.size(), kToldLosses);
+    for (size_t i = 0; i < told; ++i)
+        Say(document.name, losses.tags[i].image, TagInWords(losses.tags[i].tag) + " deleted");
+    if (told < losses.tags.size()) {
+        Say(document.name, kWholeFile,
+            std::to_string(losses.tags.size() - told) + " more of that kind deleted");
+    }
+}
+
+// Why changing the copy failed; `error` is what the system said.
+std::string FailureOfChange(const EditClaim& claim, const TagEdit& edit, int32_t code, int error) {
+    const uint64_t added = edit.value ? edit.value->bytes.size() : 0;
+    const auto size = static_cast<uint64_t>(claim.status.st_size);
+    const std::string writing = FailureInWriting(code, error, size + added);
+    return writing.empty() ? FailureInWords(code) : writing;
+}
+
+// Makes all changes in a copy and puts it in the file's place. False, and told, if one fails.
+bool Rewrite(const Document& document, const EditClaim& claim, const FileLosses& losses,
+             const TagEdit& edit) {
+    std::vector<TagEdit> edits;
+    for (const LostTag& lost : losses.tags)
+        edits.push_back({lost.image, lost.tag, {}});
+    edits.push_back(edit);
+
+    PassingFile copy;
+    std::string why;
+    if (!CopyForEdit(document.name, claim, copy, why)) {
+        Refused(document, kWholeFile, "it can't be written: " + why);
+        return false;
+    }
+    Progress progress(document.name, kWholeFile, static_cast<uint32_t>(edits.size()));
+    uint32_t done = 0;
+    for (const TagEdit& change : edits) {
+        const int32_t code = ChangeTag(copy, change);
+        if (code != TIFF_SUCCESS) {
+            Refused(document, change.image, FailureOfChange(claim, change, code, errno));
+            return false;
+        }
+        progress.Step(++done);
+    }
+    if (CommitEdit(document.name, claim, copy, why)) return true;
+    Refused(document, kWholeFile, "it can't be written: " + why);
     return false;
-}
-
-bool Delete(const Document& document, const std::string& path, int32_t image, uint32_t tag) {
-    return DeleteTiffTagOfImage(path.c_str(), image, tag) != 0 || Failed(document, image);
-}
-
-bool Apply(const Document& document, const std::string& path, const TagEdit& edit) {
-    if (!edit.value) return Delete(document, path, edit.image, edit.tag);
-    const TagValue& value = *edit.value;
-    return AddTiffTagToImage(path.c_str(), edit.image, edit.tag, value.type, value.bytes.data(),
-                             value.count) != 0 ||
-           Failed(document, edit.image);
 }
 
 }  // namespace
 
-Outcome EditTag(const Document& document, const TagEdit& edit, bool acceptLoss) {
+Outcome EditTag(const Document& document, const EditClaim& claim, const TagEdit& edit,
+                bool acceptLoss) {
     const std::string obstacle = WhyNotEditable(document);
     if (!obstacle.empty()) return Refused(document, kWholeFile, obstacle);
     FileLosses losses;
     if (!FindLosses(document, edit, losses)) return Outcome::Failed;
     const bool loses = !losses.tags.empty() || !losses.images.empty();
-    TellLosses(document, losses);
     if (loses && !acceptLoss) {
+        TellLosses(document, losses);
         return Refused(document, kWholeFile, "with --accept-loss it is changed all the same");
     }
     const bool wasBigEndian = ByteOrderOf(document.File()) == TIFF_BIG_ENDIAN;
-    const std::string path = PathForLibrary(document);
-    for (const LostTag& lost : losses.tags) {
-        if (!Delete(document, path, lost.image, lost.tag)) return Outcome::Failed;
-        Say(document.name, lost.image, TagInWords(lost.tag) + " deleted");
-    }
-    if (!Apply(document, path, edit)) return Outcome::Failed;
+    if (!Rewrite(document, claim, losses, edit)) return Outcome::Failed;
+    TellDeleted(document, losses);
+    if (!losses.images.empty()) Say(document.name, kWholeFile, losses.images);
     Say(document.name, edit.image,
         TagInWords(edit.tag) + (edit.value ? " set" : " deleted") +
             (wasBigEndian ? "; the file's byte order is II now, it was MM" : ""));

@@ -27,7 +27,7 @@ constexpr auto kRules = std::to_array<TagRule>({
     {258, kData, kShort, 0, 0},                // BitsPerSample
     {259, kData, kShort, 0, 1},                // Compression
     {262, TagRole::Needed, kShort, 0, 1},      // PhotometricInterpretation
-    {263, kFree, kShort, 0, 1},                // Threshholding
+    {263, kFree, kShort, 0, 1, 1, 3},          // Threshholding
     {264, kFree, kShort, 0, 1},                // CellWidth
     {265, kFree, kShort, 0, 1},                // CellLength
     {266, kData, kShort, 0, 1},                // FillOrder
@@ -36,7 +36,7 @@ constexpr auto kRules = std::to_array<TagRule>({
     {271, kFree, kAscii, 0, 0},                // Make
     {272, kFree, kAscii, 0, 0},                // Model
     {273, kData, kShort, kLong, 0},            // StripOffsets
-    {274, kFree, kShort, 0, 1},                // Orientation
+    {274, kFree, kShort, 0, 1, 1, 8},          // Orientation
     {277, kData, kShort, 0, 1},                // SamplesPerPixel
     {278, kData, kShort, kLong, 1},            // RowsPerStrip
     {279, kData, kShort, kLong, 0},            // StripByteCounts
@@ -50,13 +50,13 @@ constexpr auto kRules = std::to_array<TagRule>({
     {287, kFree, kRational, 0, 1},             // YPosition
     {288, kPlace, kLong, 0, 0},                // FreeOffsets
     {289, kPlace, kLong, 0, 0},                // FreeByteCounts
-    {290, kFree, kShort, 0, 1},                // GrayResponseUnit
+    {290, kFree, kShort, 0, 1, 1, 5},          // GrayResponseUnit
     {291, kFree, kShort, 0, 0},                // GrayResponseCurve
     {292, kData, kLong, 0, 1},                 // T4Options
     {293, kData, kLong, 0, 1},                 // T6Options
-    {296, kFree, kShort, 0, 1},                // ResolutionUnit
+    {296, kFree, kShort, 0, 1, 1, 3},          // ResolutionUnit
     {297, kFree, kShort, 0, 2},                // PageNumber
-    {300, kFree, kShort, 0, 1},                // ColorResponseUnit
+    {300, kFree, kShort, 0, 1, 1, 5},          // ColorResponseUnit
     {301, kFree, kShort, 0, 0},                // TransferFunction
     {305, kFree, kAscii, 0, 0},                // Software
     {306, kFree, kAscii, 0, 20},               // DateTime
@@ -72,7 +72,7 @@ constexpr auto kRules = std::to_array<TagRule>({
     {324, kData, kLong, 0, 0},                 // TileOffsets
     {325, kData, kShort, kLong, 0},            // TileByteCounts
     {326, kFree, kShort, kLong, 1},            // BadFaxLines
-    {327, kFree, kShort, 0, 1},                // CleanFaxData
+    {327, kFree, kShort, 0, 1, 0, 2},          // CleanFaxData
     {328, kFree, kShort, kLong, 1},            // ConsecutiveBadFaxLines
     {330, kPlace, kLong, 0, 0},                // SubIFDs
     {332, kData, kShort, 0, 1},                // InkSet
@@ -103,7 +103,7 @@ constexpr auto kRules = std::to_array<TagRule>({
     {521, kPlace, kLong, 0, 0},                // JPEGACTables
     {529, kFree, kRational, 0, 3},             // YCbCrCoefficients
     {530, kData, kShort, 0, 2},                // YCbCrSubSampling
-    {531, kFree, kShort, 0, 1},                // YCbCrPositioning
+    {531, kFree, kShort, 0, 1, 1, 2},          // YCbCrPositioning
     {532, kFree, kRational, 0, 0},             // ReferenceBlackWhite
     {559, kData, kLong, 0, 0},                 // StripRowCounts
     {700, kFree, kByte, 0, 0},                 // XMP

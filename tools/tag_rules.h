@@ -16,9 +16,10 @@ enum class TagRole {
 struct TagRule {
     uint32_t tag = 0;
     TagRole role = TagRole::Free;
-    uint32_t type = 0;       // 0: not known
-    uint32_t widerType = 0;  // allowed too, for values that `type` can't hold; 0: none
-    uint32_t count = 0;      // elements, for ASCII with the terminator; 0: any number
+    uint32_t type = 0;             // 0: not known
+    uint32_t widerType = 0;        // allowed too, for values that `type` can't hold; 0: none
+    uint32_t count = 0;            // elements, for ASCII with the terminator; 0: any number
+    uint32_t least = 0, most = 0;  // of the numbers that have a meaning; most 0: all have
 };
 
 // The rule of a tag; for one that isn't known, that anything goes.

@@ -2,7 +2,7 @@
 //
 // The library knows the widths of BYTE, ASCII, SHORT, LONG, RATIONAL and SLONG, and takes every
 // other type as bytes. For SSHORT, SRATIONAL, FLOAT, DOUBLE and IFD it therefore holds `count`
-// bytes rather than `count` elements: less than the value, so that none is shown for them.
+// bytes rather than `count` elements: less than the value, so that theirs is read from the file.
 #include "tag_values.h"
 
 #include <algorithm>
@@ -11,6 +11,7 @@
 #include <cstring>
 
 #include "handles.h"
+#include "stored_directory.h"
 #include "tag_names.h"
 #include "text.h"
 #include "vellim/streams.h"
@@ -164,24 +165,39 @@ std::vector<std::string> ElementsInWords(const TagValue& value, size_t most) {
     return words;
 }
 
-std::string PlainValue(const TagValue& value) {
-    if (ElementBytes(value.type) == 0) return "(not held in full)";
-    if (value.type == TIFF_TYPE_ASCII) return PlainStrings(value);
-    std::string words;
-    for (const std::string& word : ElementsInWords(value, kPlainElements))
-        words += (words.empty() ? "" : " ") + word;
-    if (ElementCount(value) > kPlainElements) words += " ...";
+std::vector<std::string> ElementsInWords(TiffFileHandle file, int32_t image, const TagValue& value,
+                                         size_t most) {
+    if (ElementBytes(value.type) != 0) return ElementsInWords(value, most);
+    auto words = StoredDirectories(file).WideElements(image, value.tag);
+    words.resize(std::min(words.size(), most));
     return words;
 }
 
-std::string TagLine(const TagValue& value) {
+namespace {
+
+// On one line for people: long ones are shortened.
+std::string PlainValue(TiffFileHandle file, int32_t image, const TagValue& value) {
+    if (value.type == TIFF_TYPE_ASCII) return PlainStrings(value);
+    const auto elements = ElementsInWords(file, image, value, kPlainElements + 1);
+    if (elements.empty() && value.count > 0) return "(not held in full)";
+    std::string words;
+    for (size_t i = 0; i < elements.size(); ++i) {
+        words += i == 0 ? "" : " ";
+        words += i < kPlainElements ? elements[i] : "...";
+    }
+    return words;
+}
+
+}  // namespace
+
+std::string TagLine(TiffFileHandle file, int32_t image, const TagValue& value) {
     constexpr size_t kHeadCharacters = 96;
     const std::string_view name = TagName(value.tag);
     std::array<char, kHeadCharacters> head{};
     std::snprintf(head.data(), head.size(), "  %5u %-28.*s %-9s %7u  ", value.tag,
                   static_cast<int>(name.empty() ? 1 : name.size()),
                   name.empty() ? "-" : name.data(), TypeName(value.type).c_str(), value.count);
-    return head.data() + PlainValue(value);
+    return head.data() + PlainValue(file, image, value);
 }
 
 Json JsonValue(const TagValue& value) {

@@ -40,15 +40,17 @@ std::optional<Rational> ReadRational(TiffFileHandle file, int32_t image, uint32_
 // The first string of an ASCII tag, as stored; empty if there is none.
 std::string ReadText(TiffFileHandle file, int32_t image, uint32_t tag);
 
-// The value on one line for people: long ones are shortened.
-std::string PlainValue(const TagValue& value);
-
-// The tag on one line for people: number, name, type, count, value.
-std::string TagLine(const TagValue& value);
+// The tag of an image on one line for people: number, name, type, count, value. Long values are
+// shortened.
+std::string TagLine(TiffFileHandle file, int32_t image, const TagValue& value);
 
 // The first `most` elements, each in words: numbers, "300/1", strings as stored. None for a type
 // whose elements the library doesn't hold in full.
 std::vector<std::string> ElementsInWords(const TagValue& value, size_t most);
+
+// The same, with elements of those types read from the file of `image`, if that is on a disk.
+std::vector<std::string> ElementsInWords(TiffFileHandle file, int32_t image, const TagValue& value,
+                                         size_t most);
 
 // The value for programs: an array of numbers, of [numerator, denominator] pairs, or of strings;
 // null for a type whose elements the library doesn't hold in full.

@@ -35,14 +35,9 @@ bool WriteHeader(int descriptor, uint16_t byteOrder, std::string& why) {
 }
 
 // Fills the passing file: with what is there, or with a header.
-bool Begin(TiffOutput& output, uint16_t byteOrder, Overwrite mode, std::string& why) {
+bool Begin(TiffOutput& output, uint16_t byteOrder, std::string& why) {
     const int descriptor = output.passing.descriptor.Get();
-    const OwnedDescriptor old(
-        mode == Overwrite::Append ? open(output.target.c_str(), O_RDONLY | O_CLOEXEC) : -1);
-    if (mode == Overwrite::Append && !old && errno != ENOENT) {
-        why = SystemReason();
-        return false;
-    }
+    const OwnedDescriptor& old = output.passing.claim;
     if (old && !CopyBytes(old.Get(), descriptor, why)) return false;
     if (lseek(descriptor, 0, SEEK_CUR) > 0) return true;
     return WriteHeader(descriptor, byteOrder, why);
@@ -110,7 +105,7 @@ std::unique_ptr<TiffOutput> CreateTiffOutput(const std::string& path, uint16_t b
     auto output = std::make_unique<TiffOutput>();
     output->target = path;
     output->copied = IsPlace(path);
-    if (!CreatePassing(*output, mode, why) || !Begin(*output, byteOrder, mode, why) ||
+    if (!CreatePassing(*output, mode, why) || !Begin(*output, byteOrder, why) ||
         !NameForLibrary(*output, why) || !OpenForImages(*output, why)) {
         return nullptr;
     }

@@ -35,9 +35,10 @@ struct TiffOutput {
 // temporary files and copied at the end. `byteOrder` is TIFF_LITTLE_ENDIAN, TIFF_BIG_ENDIAN, or 0:
 // that of the file that is appended to, else little-endian.
 //
-// Overwrite::Append begins with a copy of the file that is there; a missing or empty one is begun
-// anew. It is refused if it is no TIFF file, if its chain of images is broken, if it is full
-// (TIFF_MAX_IMAGES, or more than can be told), or if `byteOrder` isn't its own.
+// Overwrite::Append begins with a copy of the file that is there, which is locked until the output
+// goes; a missing or empty one is begun anew. It is refused if it is no TIFF file, if its chain of
+// images is broken, if it is full (TIFF_MAX_IMAGES, or more than can be told), or if `byteOrder`
+// isn't its own.
 //
 // Null, with the reason in `why`, if it can't be.
 std::unique_ptr<TiffOutput> CreateTiffOutput(const std::string& path, uint16_t byteOrder,

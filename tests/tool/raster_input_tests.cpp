@@ -97,7 +97,7 @@ TEST(PnmInput, AllSixKindsAndHighestValues) {
     EXPECT_EQ(PpmOf(Text("P1\n# note\n3 2\n101\n0 1 0")), bits);
     EXPECT_EQ(PpmOf(Text("P4 3 #note\n2\n\xBF\x5F")), bits);
     EXPECT_EQ(PpmOf(Text("P2 2 1 9 4\n9")), (Bytes{113, 113, 113, 255, 255, 255}));
-    EXPECT_EQ(PpmOf(Text("P3 1 1 1000 0 500 2000")), (Bytes{0, 128, 255}));
+    EXPECT_EQ(PpmOf(Text("P3 1 1 1000 0 500 1000")), (Bytes{0, 128, 255}));
     EXPECT_EQ(PpmOf(Text("P5 2 1 3 \x02\x03")), (Bytes{170, 170, 170, 255, 255, 255}));
     EXPECT_EQ(PpmOf(Text("P6 1 1 65535\n\x12\x34\x80\x80\xFF\xFF")), (Bytes{18, 128, 255}));
 }

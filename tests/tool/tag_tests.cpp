@@ -1,5 +1,8 @@
 // Tags listed, shown, set and deleted in files.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
+#include <unistd.h>
 
 #include "run_tool.h"
 
@@ -66,6 +69,10 @@ TEST(Tag, TrueWidthsAndLongPaths) {
     ExpectTool("tag " + path + " set 65001 --type DOUBLE 0.5 2", 0);
     EXPECT_EQ(ExpectTool("tag " + path + " set Make x", 0).err,
               "vellim: " + path + ": image 1: Make (271) set\n");
+    ExpectTool("tag " + path + " set 65002 --type SSHORT -- -5 7", 0);
+    const std::string listed = RunTool("tag " + path + " list").out;
+    EXPECT_NE(listed.find(" 0.5 2\n"), std::string::npos) << listed;
+    EXPECT_NE(listed.find(" -5 7\n"), std::string::npos) << listed;
     EXPECT_NE(Shell("tiffinfo " + path).find("Tag 65001: 0.500000,2.000000"), std::string::npos);
     EXPECT_EQ(Names(fs::path(path).parent_path()).size(), 1U);
 }
@@ -89,6 +96,7 @@ TEST(Tag, ARefusalLeavesTheFileAsItIs) {
           Case{one, "delete 273 --force", 2, "Such tag"},
           Case{one, "set DateTime 2024-02-29", 2, "has the form"},
           Case{one, "set XResolution 300 300", 2, "takes 1 value"},
+          Case{one, "set Orientation 9", 2, "from 1 to 8"},
           Case{one, "set Orientation 70000", 64, "no value of the type SHORT"},
           Case{one, "set Orientation 1x", 64, "no value"},
           Case{one, "set 282 3/0", 64, "no value"},
@@ -96,6 +104,7 @@ TEST(Tag, ARefusalLeavesTheFileAsItIs) {
           Case{one, "set Artst x", 64, "Artst"},
           Case{one, "set Artist", 64, "new value"},
           Case{one, "get", 64, "one tag"},
+          Case{one, "get Artist --image 0", 64, "range 1 to 1000"},
           Case{one, "get Artist --image 2", 2, "no image 2"},
           Case{sound, "set Artist x", 64, "--image"},
           Case{one, "delete Artist", 0, "nothing was"},
@@ -114,6 +123,30 @@ TEST(Tag, ARefusalLeavesTheFileAsItIs) {
                "image 2: SubIFDs (330) deleted");
     ExpectTool("tag " + path + " get 330 --image 2", 2);
     EXPECT_EQ(RunTool("tag " + path + " get 315 --image 1").out, "x\n");
+}
+
+TEST(Tag, AnEditTouchesItsOwnFileAlone) {
+    const fs::path folder = NewFolder("beside"), path = folder / "my.d/scan";
+    const Bytes one = BuildTiff({Picture(1)});
+    fs::create_directory(folder / "my.d");
+    fs::copy_file(FileOf(one, "one.tif"), path);
+    for (const fs::path& other : {folder / "my.~~~", folder / "my.d/scan.~~~"})
+        fs::copy_file(FileOf({1, 2}, "other"), other);
+    {
+        const int held = open(path.c_str(), O_RDONLY);
+        flock(held, LOCK_EX);
+        ExpectTool("tag " + path.string() + " set Artist x", 2, "written to by another");
+        close(held);
+    }
+    // Room for a copy of the file, but not for the new value.
+    const std::string command = path.string() + " set Artist " + std::string(9000, 'x');
+    const std::string full = Shell(
+        "(trap '' XFSZ; ulimit -f 8; " VELLIM_BINARY_DIR "/bin/vellim tag " + command + ") 2>&1");
+    EXPECT_NE(full.find("File too large"), std::string::npos) << full;
+    EXPECT_EQ(ReadFile(path), one);
+    ExpectTool("tag " + path.string() + " set Artist x", 0);
+    EXPECT_EQ(Names(folder / "my.d").size() + Names(folder).size(), 4U);
+    EXPECT_EQ(ReadFile(folder / "my.~~~").size() + ReadFile(folder / "my.d/scan.~~~").size(), 4U);
 }
 
 }  // namespace

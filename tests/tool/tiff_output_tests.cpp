@@ -233,5 +233,37 @@ TEST(Dither, KeepsTheShareOfBlackAndThresholdDoesNot) {
     }
 }
 
+TEST(TiffAppend, RunsAtTheSameTimeLoseNothing) {
+    const std::string in = FileOf(BuildTiff({Drawn(8, 1, 1, 1, 0)}), "one.tif");
+    const std::string out = FileOf(ReadFile(in), "grown.tif");
+    Shell("for i in 1 2 3 4 5 6 7 8; do " VELLIM_BINARY_DIR "/bin/vellim convert " + in + " " +
+          out + " --append & done; wait");
+    EXPECT_EQ(StoredStrips(out).size(), 9U);
+}
+
+TEST(Overwriting, KeepsAnInputThatCannotBeReadWhole) {
+    const ImageSpec good = With(Drawn(8, 1, 1, 1, 0), {ShortTag(297, {0, 3}), LongTag(274, {1})});
+    const ImageSpec bad = SimpleImage(8, 1, 1, 1, 99, 0, 1, {{0x55}});
+    const std::pair<Bytes, const char*> cases[] = {{BuildTiff({good, bad, good}), "2 of 3 pages\n"},
+                                                   {BrokenChain(good), "1 page\n"}};
+    for (const auto& [there, words] : cases) {
+        const std::string in = FileOf(there, "in.tif"), self = "convert " + in + " " + in;
+        ExpectTool(self + " --force", 2, "--accept-loss");
+        EXPECT_EQ(ReadFile(in), there);
+        ExpectTool("convert " + in + " " + NewPath("other.tif"), 1, words);
+        ExpectTool(self + " --force --accept-loss", 1);
+        ExpectTool("convert --force " + in + " " + in + "f --pages 1,1", 0, "2 pages\n");
+        const std::string info = Shell("tiffinfo " + in + "f");
+        for (const char* const tag : {"Page Number", "Orientation"})
+            EXPECT_EQ(info.find(tag), std::string::npos) << info;
+    }
+    const std::string two = FileOf({'P', '5', ' ', '1', ' ', '1', ' ', '9', ' ', 1,
+                                    'P', '5', ' ', '1', ' ', '1', ' ', '9', ' ', 9},
+                                   "two.pgm");
+    ExpectTool("convert --pages 2,1-2 " + two + " " + two + ".tif", 0, "3 pages\n");
+    EXPECT_EQ(Pixels(two + ".tif", "--format pgm").substr(11),
+              "\xFFP5\n1 1\n255\n\x1CP5\n1 1\n255\n\xFF");
+}
+
 }  // namespace
 }  // namespace vellim::test
