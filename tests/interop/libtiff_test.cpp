@@ -167,7 +167,7 @@ void WritePage(TiffFileHandle file, const Page& page, const Coding& coding, cons
 
 std::string WriteFile(const std::vector<Page>& pages, const Coding& coding, const Layout& layout) {
     const bool bigEndian = layout.byteOrder == TIFF_BIG_ENDIAN;
-    const std::string path = FileOf(BuildTiff({}, bigEndian), "ours.tif");
+    std::string path = FileOf(BuildTiff({}, bigEndian), "ours.tif");
     const TiffFileHandle file = OpenTiffFile(path.c_str(), T_APPEND);
     for (const Page& page : pages)
         WritePage(file, page, coding, layout);
@@ -204,7 +204,7 @@ TEST_P(Interop, LibtiffReadsWhatIsWrittenHere) {
         ExpectPages(ours, pages);
         const std::string copy = FileOf({}, "copy.tif");
         EXPECT_EQ(Shell("tiffinfo " + ours + " >/dev/null"), "");
-        EXPECT_EQ(Shell("tiffcp -c none -f msb2lsb " + ours + " " + copy), "");
+        EXPECT_EQ(Shell(Words({"tiffcp -c none -f msb2lsb", ours, copy})), "");
         ExpectPages(copy, pages);
     }
 }
@@ -216,10 +216,10 @@ TEST_P(Interop, WhatLibtiffWritesIsReadHere) {
     const std::string ours = WriteFile(pages, kCodings[0], {TIFF_LITTLE_ENDIAN, 1, kHeight});
     for (const Layout& layout : LayoutsOf(coding)) {
         const std::string theirs = FileOf({}, "theirs.tif");
-        std::string command = std::string("tiffcp -c ") + coding.tiffcp;
-        command += layout.byteOrder == TIFF_BIG_ENDIAN ? " -B" : " -L";
-        command += layout.fillOrder == 2 ? " -f lsb2msb" : " -f msb2lsb";
-        command += " -r " + std::to_string(layout.rowsPerStrip) + " " + ours + " " + theirs;
+        const std::string command =
+            Words({"tiffcp -c", coding.tiffcp, layout.byteOrder == TIFF_BIG_ENDIAN ? "-B" : "-L",
+                   layout.fillOrder == 2 ? "-f lsb2msb" : "-f msb2lsb", "-r",
+                   std::to_string(layout.rowsPerStrip), ours, theirs});
         EXPECT_EQ(Shell(command), "");
         ExpectPages(theirs, pages);
     }

@@ -5,15 +5,25 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <initializer_list>
 #include <iterator>
 #include <numeric>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/guards.h"
 #include "support/tiff_builder.h"
 
 namespace vellim::test {
+
+// The words of a command, parted by blanks.
+inline std::string Words(std::initializer_list<std::string_view> words) {
+    std::string line;
+    for (const std::string_view word : words)
+        line.append(line.empty() ? "" : " ").append(word);
+    return line;
+}
 
 inline Bytes ReadFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary);

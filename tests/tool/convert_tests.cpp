@@ -58,7 +58,7 @@ TEST(ConvertPixels, HaveTheirSenseInEveryFormat) {
         }
         const std::string input = FileOf(BuildTiff({image}), "line.tif");
         const std::string out = NewPath("line.png");
-        ASSERT_EQ(RunTool("convert " + input + " " + out).exitCode, 0);
+        ASSERT_EQ(RunTool(Words({"convert", input, out})).exitCode, 0);
         const Png png = ReadPng(out);
         EXPECT_EQ(png.depth, c.bits);
         EXPECT_EQ(png.colourType, c.colourType);
@@ -67,7 +67,7 @@ TEST(ConvertPixels, HaveTheirSenseInEveryFormat) {
         EXPECT_TRUE(c.colourType != kPalette || png.palette.at(0) == (c.bits == 1 ? 255 : 1));
         const auto pixels = [&](const std::string& format, int fields) {
             const ToolRun run =
-                RunTool("convert " + input + " - --dither threshold --format " + format);
+                RunTool(Words({"convert", input, "- --dither threshold --format", format}));
             return PnmPixels(run.out, fields);
         };
         EXPECT_EQ(pixels("pbm", 3), Hex(c.pbm));

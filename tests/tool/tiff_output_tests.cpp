@@ -17,9 +17,10 @@ ImageSpec Drawn(uint32_t width, uint32_t height, uint16_t bits, uint16_t samples
     for (uint32_t y = 0; y < height; ++y) {
         if (y % 3 == 0) strips.emplace_back();
         for (size_t x = 0; x < rowBytes; ++x)
-            strips.back().push_back(static_cast<uint8_t>(y % 5 == 0   ? 0
-                                                         : y % 5 == 1 ? 0xFF
-                                                                      : x * x * 7 + y * 13));
+            strips.back().push_back(static_cast<uint8_t>(y % 5 == 0 ? 0
+                                                         : y % 5 == 1
+                                                             ? 0xFF
+                                                             : x * x * 7 + size_t{y} * 13));
     }
     ImageSpec image =
         WithDots(SimpleImage(width, height, bits, samples, 1, photometric, 3, strips), 200, 200);
@@ -77,8 +78,8 @@ TEST(TiffOutput, EveryCompressionOfEveryDepthIsReadHereAndByLibtiff) {
         const std::string expected = Pixels(one);
         for (const std::string name : {"way.png", "way.bmp", "way.ppm", "way.tif"}) {
             const std::string way = NewPath(name), back = NewPath("back.tif");
-            ExpectTool("convert " + one + " " + way, 0);
-            ExpectTool("convert " + way + " " + back, 0);
+            ExpectTool(Words({"convert", one, way}), 0);
+            ExpectTool(Words({"convert", way, back}), 0);
             EXPECT_TRUE(Pixels(back) == expected) << name;
             const char* const dots = name == "way.ppm" ? "" : "200, 200 pixels/inch";
             EXPECT_NE(Shell("tiffinfo " + back).find(dots), std::string::npos) << name;
@@ -98,7 +99,7 @@ TEST(TiffOutput, Group3StripsCountTheirClosingCodes) {
         {"g3-eol", {0x00, 0x19, 0x80, 0x08, 0x00, 0x80, 0x08, 0x00, 0x80}},
         {"g3-2d", {0x00, 0x1C, 0xC0, 0x04, 0x00, 0x18, 0x00, 0xC0, 0x06, 0x00, 0x30, 0x01, 0x80}}};
     for (const auto& [name, strip] : cases) {
-        ExpectTool("convert --force " + in + " " + out + " --compression " + name, 0);
+        ExpectTool(Words({"convert --force", in, out, "--compression", name}), 0);
         EXPECT_EQ(StoredStrips(out).at(0), std::vector<Bytes>{strip}) << name;
     }
 }
@@ -247,12 +248,12 @@ TEST(Overwriting, KeepsAnInputThatCannotBeReadWhole) {
     const std::pair<Bytes, const char*> cases[] = {{BuildTiff({good, bad, good}), "2 of 3 pages\n"},
                                                    {BrokenChain(good), "1 page\n"}};
     for (const auto& [there, words] : cases) {
-        const std::string in = FileOf(there, "in.tif"), self = "convert " + in + " " + in;
+        const std::string in = FileOf(there, "in.tif"), self = Words({"convert", in, in});
         ExpectTool(self + " --force", 2, "--accept-loss");
         EXPECT_EQ(ReadFile(in), there);
-        ExpectTool("convert " + in + " " + NewPath("other.tif"), 1, words);
+        ExpectTool(Words({"convert", in, NewPath("other.tif")}), 1, words);
         ExpectTool(self + " --force --accept-loss", 1);
-        ExpectTool("convert --force " + in + " " + in + "f --pages 1,1", 0, "2 pages\n");
+        ExpectTool(Words({"convert --force", in, in + "f --pages 1,1"}), 0, "2 pages\n");
         const std::string info = Shell("tiffinfo " + in + "f");
         for (const char* const tag : {"Page Number", "Orientation"})
             EXPECT_EQ(info.find(tag), std::string::npos) << info;
