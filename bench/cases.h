@@ -34,6 +34,9 @@ void RegisterDecoding(const std::vector<Page>& pages);
 // Encoding every page in the codings that suit its depth. `pages` outlives the run.
 void RegisterEncoding(const std::vector<Page>& pages);
 
+// MMR streams of the document pages, beside libtiff's Group 4. `pages` outlives the run.
+void RegisterMmr(const std::vector<Page>& pages);
+
 // Copying pages from file to file, beside a plain copy of as many bytes.
 void RegisterCopying(const std::vector<Page>& pages);
 

@@ -2,13 +2,13 @@
 // much the directories cost on top. Both write a new file, which the system keeps in its cache.
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
 #include "bench/cases.h"
 #include "bench/codings.h"
 #include "bench/report.h"
+#include "bench/temporary_folder.h"
 #include "vellim/vellim.h"
 
 namespace vellim::bench {
@@ -18,25 +18,6 @@ namespace {
 constexpr int32_t kCopies = 20;  // of the page in its file
 constexpr uint32_t kBlockBytes = 32760;
 constexpr double kMega = 1e6;
-
-class Folder {
-  public:
-    Folder() {
-        std::string name =
-            (std::filesystem::temp_directory_path() / "vellim-bench-XXXXXX").string();
-        path_ = mkdtemp(name.data()) == nullptr ? std::string() : name;
-    }
-    ~Folder() {
-        std::error_code ignored;
-        if (!path_.empty()) std::filesystem::remove_all(path_, ignored);
-    }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-    [[nodiscard]] std::string File(const char* name) const { return path_ + "/" + name; }
-
-  private:
-    std::string path_;
-};
 
 int32_t CopyPages(const std::string& from, const std::string& to, int32_t pages) {
     const TiffFileHandle source = OpenTiffFile(from.c_str(), T_READ);
@@ -65,7 +46,7 @@ bool CopyBytes(const std::string& from, const std::string& to) {
 
 void MeasureCopying(benchmark::State& state, const Page& original, const Coding& coding,
                     const std::string& group) {
-    const Folder folder;
+    const TemporaryFolder folder;
     const Page page = Convert(original, coding);
     const std::string one = folder.File("one.tif"), many = folder.File("many.tif");
     const std::string pages = folder.File("pages.tif"), bytes = folder.File("bytes.tif");

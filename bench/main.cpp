@@ -21,6 +21,7 @@ int main(int argc, char** argv) {
     }
     vellim::bench::RegisterDecoding(pages);
     vellim::bench::RegisterEncoding(pages);
+    vellim::bench::RegisterMmr(pages);
     vellim::bench::RegisterCopying(pages);
     vellim::bench::RegisterDirectoryWalk();
     benchmark::RunSpecifiedBenchmarks();

@@ -38,6 +38,16 @@ bool DecodeFirstImage(const PageBlock& block, uintptr_t callbackData, LineCallba
     return decoded;
 }
 
+bool DecodeMmr(const std::string& path, uint32_t width, uint32_t height, uintptr_t callbackData,
+               LineCallback callback) {
+    const int32_t stream = OpenFile(path.c_str(), nullptr, OF_READ);
+    const bool decoded =
+        DecodeMMRImage(stream, 0, static_cast<int32_t>(width), static_cast<int32_t>(height), 0,
+                       TIFF_FILL_MSB_FIRST, TIFF_LITTLE_ENDIAN, callbackData, callback) == 1;
+    _lclose(stream);
+    return decoded;
+}
+
 // Both libraries hand each line to a function that isn't known where they decode.
 LineCallback volatile countLine = CountLine;
 
@@ -86,6 +96,18 @@ uint32_t DecodeWithVellim(const PageBlock& block) {
     uint32_t lines = 0;
     if (!DecodeFirstImage(block, reinterpret_cast<uintptr_t>(&lines), countLine)) return 0;
     return lines;
+}
+
+uint32_t DecodeMmrWithVellim(const std::string& path, uint32_t width, uint32_t height) {
+    uint32_t lines = 0;
+    const auto callbackData = reinterpret_cast<uintptr_t>(&lines);
+    return DecodeMmr(path, width, height, callbackData, countLine) ? lines : 0;
+}
+
+bool MmrGives(const std::string& path, uint32_t width, uint32_t height, const Bytes& rows) {
+    CollectedRows collected{Bytes(rows.size()), rows.size() / height};
+    const auto callbackData = reinterpret_cast<uintptr_t>(&collected);
+    return DecodeMmr(path, width, height, callbackData, CollectLine) && collected.rows == rows;
 }
 
 uint32_t DecodeWithLibtiff(Bytes& file, LibtiffCall call, Bytes& buffer) {

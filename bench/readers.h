@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "bench/pages.h"
 #include "vellim/base.h"
@@ -27,6 +28,10 @@ class PageBlock {
 
 // Decodes with VELLIM and gives the number of lines that came, or 0 on failure.
 uint32_t DecodeWithVellim(const PageBlock& block);
+
+// The same with the MMR stream of a file, and whether it gives exactly `rows`.
+uint32_t DecodeMmrWithVellim(const std::string& path, uint32_t width, uint32_t height);
+bool MmrGives(const std::string& path, uint32_t width, uint32_t height, const Bytes& rows);
 
 // libtiff decodes into a strip that the caller owns, or into a line of it.
 enum class LibtiffCall { EncodedStrip, Scanline };

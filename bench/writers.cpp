@@ -110,6 +110,15 @@ GlobalHandle EncodeWithVellim(const PageRows& page, const Coding& coding) {
     return 0;
 }
 
+bool EncodeMmrWithVellim(const PageRows& page, const std::string& path) {
+    const int32_t stream = OpenFile(path.c_str(), nullptr, OF_CREATE | OF_READWRITE);
+    const bool written =
+        EncodeMMRImage(stream, static_cast<int32_t>(page.width), static_cast<int32_t>(page.height),
+                       0, reinterpret_cast<uintptr_t>(&page), copyLine) == 1;
+    _lclose(stream);
+    return written;
+}
+
 bool EncodeWithLibtiff(const PageRows& page, const Coding& coding, LibtiffWrite call, Bytes& buffer,
                        Bytes& file) {
     // A new file takes new memory, with either writer. libtiff's is taken at once, in the size that

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "bench/pages.h"
 #include "vellim/base.h"
@@ -24,6 +25,9 @@ PageRows RowsOfPage(const Page& page);
 
 // Encodes with VELLIM into a memory block, which the caller frees; 0 on failure.
 GlobalHandle EncodeWithVellim(const PageRows& page, const Coding& coding);
+
+// Encodes with VELLIM into a file, as an MMR stream.
+bool EncodeMmrWithVellim(const PageRows& page, const std::string& path);
 
 // libtiff takes a strip that is filled before, or a line.
 enum class LibtiffWrite { EncodedStrip, Scanline };

@@ -1,8 +1,8 @@
 // A stored image as a DIB. The block that describes the image grows to hold the rows, and each
 // line goes straight from the decoder to its row: the picture is in memory once.
-#include <array>
 #include <optional>
 
+#include "bridge/damage_warning.h"
 #include "bridge/dib.h"
 #include "container/failure.h"
 #include "container/open_tiff.h"
@@ -45,19 +45,6 @@ bool GrowToHoldRows(OwnedBlock& dib) {
     return true;
 }
 
-// Whether data that ended with `code` left lines worth keeping.
-bool EndedTooSoon(int32_t code) {
-    return code == TIFF_UNEXPECTED_END || code == TIFF_EOFB_MISSING || code == TIFF_UNEXPECTED_EOFB;
-}
-
-// The code is what the caller reads next, whatever the desktop's own calls did meanwhile.
-void WarnOf(int32_t code) {
-    std::array<char, TIFF_MESSAGE_BYTES> message{};
-    MessageBoxA(0, TiffErrorString(message.data(), code), "TIFF warning",
-                MB_TASKMODAL | MB_ICONEXCLAMATION);
-    SetTiffError(code);
-}
-
 // Whether the DIB now holds the picture, or the part of it that there was.
 bool DecodeIntoRows(TiffFileHandle file, int32_t image, GlobalHandle dib) {
     const LockedBlock block(dib);
@@ -76,10 +63,7 @@ bool DecodeIntoRows(TiffFileHandle file, int32_t image, GlobalHandle dib) {
         header->biBitCount > 8 ? DllFlushTiffLine24DIB : DllFlushTiffLineDIB;
     if (DecodeTiffImage(file, image, 0, 0, reinterpret_cast<uintptr_t>(&context), callback) != 0)
         return true;
-    const int32_t code = TiffError();
-    if (!EndedTooSoon(code)) return false;
-    WarnOf(code);
-    return true;
+    return IsWorthKeeping("TIFF warning");
 }
 
 DibHandle LoadImage(TiffFileHandle file, int32_t image) {

@@ -2,15 +2,13 @@
 //
 // The bits are stored as they are: of two colours, which one is black goes into Photometric. What a
 // DIB can't be, and what doesn't fit a compression, is refused before the file is touched.
-#include <cstring>
-#include <optional>
 
 #include "bridge/dib.h"
+#include "bridge/dib_rows.h"
 #include "bridge/save_choices.h"
 #include "bridge/save_tags.h"
 #include "container/failure.h"
 #include "container/open_tiff.h"
-#include "container/sizes.h"
 #include "platform/guards.h"
 #include "vellim/encode.h"
 #include "vellim/save.h"
@@ -19,9 +17,6 @@
 
 namespace vellim {
 namespace {
-
-constexpr uint16_t kPaletteBits = 8;  // deeper pixels have no colour table
-constexpr uint32_t kUncompressedDib = 0;
 
 // The tags of an image that is being made, let go of at the end of the scope.
 class NewImage {
@@ -43,40 +38,6 @@ class NewImage {
     TiffFileHandle file_;
     int32_t image_;
 };
-
-// The rows of a DIB as the line functions take them. Nothing, with the code set, for a DIB that
-// isn't laid out bottom-up and uncompressed behind a 40-byte header, or whose rows aren't all
-// there.
-std::optional<SaveLineContext> RowsOf(const LockedBlock& dib) {
-    if (dib.Size() < sizeof(BITMAPINFOHEADER)) return Fail(TIFF_BAD_COLOR_FORMAT, std::nullopt);
-    auto* header = dib.As<BITMAPINFOHEADER>();
-    if (header->biSize < sizeof(BITMAPINFOHEADER) || header->biCompression != kUncompressedDib ||
-        header->biHeight < 1 || (header->biPlanes != 1 && header->biBitCount != 1))
-        return Fail(TIFF_BAD_COLOR_FORMAT, std::nullopt);
-    const bool hasTable = header->biBitCount <= kPaletteBits;
-    const auto lineBytes = PackedRowBytes(header->biWidth, header->biBitCount);
-    const auto stored = StoredRowBytes(header->biWidth, header->biBitCount);
-    if (!lineBytes || !stored) return Fail(TIFF_BAD_COLOR_FORMAT, std::nullopt);
-    const uint64_t end =
-        DibBitsOffset(header) + uint64_t{*stored} * static_cast<uint32_t>(header->biHeight);
-    if (end > dib.Size()) return Fail(TIFF_UNEXPECTED_END, std::nullopt);
-
-    SaveLineContext rows{};
-    rows.Header = header;
-    rows.Bits = DibBitsPointer(header, dib.Size());
-    rows.Height = header->biHeight;
-    // Pixels of more than a byte are copied in whole words; the encoder's line has room for that.
-    rows.LineBytes = hasTable ? *lineBytes : (*lineBytes + 1) / 2 * 2;
-    rows.StrideOrUsage = *stored;
-    return rows;
-}
-
-// Of a DIB that has two colours, or the room for them.
-bool FirstColorIsBlack(const BITMAPINFOHEADER* header) {
-    RGBQUAD first;
-    std::memcpy(&first, reinterpret_cast<const uint8_t*>(header) + header->biSize, sizeof first);
-    return first.rgbBlue == 0 && first.rgbGreen == 0 && first.rgbRed == 0;
-}
 
 void ChooseColors(const BITMAPINFOHEADER* header, uint32_t compression) {
     SaveChoices& choices = ThreadSaveChoices();

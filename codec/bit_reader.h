@@ -3,7 +3,7 @@
 //
 // Two ways lead through the same bits. With eight bytes left in the code buffer Refill tops the
 // window up in one step and nothing needs checking for the next 56 bits. Near a buffer's end Ensure
-// takes byte by byte, across buffers, and asks FillCodeBuffer for more only when a bit of the next
+// takes byte by byte, across buffers, and has the buffer filled anew only when a bit of the next
 // buffer is really wanted: when a stream ends, the failure comes at the code that lacks bits, not
 // before.
 #pragma once
@@ -36,14 +36,26 @@ inline void StoreBigEndian64(uint8_t* bytes, uint64_t value) {
                   std::endian::native == std::endian::little ? __builtin_bswap64(value) : value);
 }
 
+// A run whose work memory has been taken, and what brings more code into its buffer:
+// FillCodeBuffer, unless the stream is cut into blocks. All of it in one place, so that a reader is
+// small enough to live in registers.
+struct CodeSource {
+    CodecState* state;
+    uint32_t (*fill)(CodecState* state);
+    const uint8_t* base;  // of the code buffer
+
+    explicit CodeSource(CodecState& run, uint32_t (*fillBuffer)(CodecState*) = FillCodeBuffer)
+        : state(&run), fill(fillBuffer), base(run.CodeBufferBase) {}
+};
+
+// The source must outlive its readers.
 class BitReader {
   public:
-    explicit BitReader(CodecState& state) : state_(&state) { Reload(); }
+    explicit BitReader(const CodeSource& source) : source_(&source) { Reload(); }
 
     // Drops what is in the window and goes on at the run's CodeCursor.
     void Reload() {
-        cursor_ = state_->CodeCursor;
-        end_ = cursor_ + state_->CodeLeft;
+        TakeOver();
         window_ = 0;
         count_ = 0;
     }
@@ -67,14 +79,13 @@ class BitReader {
         return true;
     }
 
-    // Brings at least `bits` bits (up to 56) into the window. 0, or the failure of FillCodeBuffer.
+    // Brings at least `bits` bits (up to 56) into the window. 0, or the failure of the fill.
     uint32_t Ensure(uint32_t bits) {
         while (count_ < bits) {
             if (cursor_ == end_) {
-                const uint32_t failure = FillCodeBuffer(state_);
+                const uint32_t failure = source_->fill(source_->state);
                 if (failure != 0) return failure;
-                cursor_ = state_->CodeCursor;
-                end_ = cursor_ + state_->CodeLeft;
+                TakeOver();
                 continue;
             }
             window_ |= uint64_t{*cursor_++} << (56 - count_);
@@ -103,17 +114,22 @@ class BitReader {
     // Bits from the code buffer's start to the next bit; negative while bits of the buffer before
     // are still in the window.
     [[nodiscard]] int64_t Position() const {
-        return (cursor_ - state_->CodeBufferBase) * 8 - int64_t{count_};
+        return (cursor_ - source_->base) * 8 - int64_t{count_};
     }
 
     // The 64 bits at a position of the code buffer that lies behind its start and before Position.
     // Bits beyond the buffer's valid bytes are the slack's.
     [[nodiscard]] uint64_t LookBack(int64_t position) const {
-        return LoadBigEndian64(state_->CodeBufferBase + position / 8) << (position % 8);
+        return LoadBigEndian64(source_->base + position / 8) << (position % 8);
     }
 
   private:
-    CodecState* state_;
+    void TakeOver() {
+        cursor_ = source_->state->CodeCursor;
+        end_ = cursor_ + source_->state->CodeLeft;
+    }
+
+    const CodeSource* source_;
     const uint8_t* cursor_ = nullptr;
     const uint8_t* end_ = nullptr;
     uint64_t window_ = 0;

@@ -8,13 +8,14 @@ namespace vellim {
 
 // Whole bytes beyond the buffer's size, which stand in the slack, begin the next buffer. After a
 // failure nothing more is written: it would stand in the wrong place.
-BitWriter::Written BitWriter::FlushFullBuffer(CodecState& state, const uint8_t* cursor,
+BitWriter::Written BitWriter::FlushFullBuffer(const CodeSink& sink, const uint8_t* cursor,
                                               uint32_t failure) {
+    CodecState& state = *sink.state;
     uint8_t* const base = state.CodeBufferBase;
     uint8_t* const end = base + state.CodeBufferSize;
     state.CodeCursor = end;
     state.CodeLeft = 0;
-    if (failure == 0) failure = FlushCodeBuffer(&state);
+    if (failure == 0) failure = sink.flush(&state);
     const auto beyond = static_cast<size_t>(cursor - end);
     std::memcpy(base, end, beyond);
     return {base + beyond, failure};

@@ -17,14 +17,25 @@ struct BitCode {
     uint32_t length = 0;
 };
 
+// A run whose work memory has been taken, and what writes out its full code buffer:
+// FlushCodeBuffer, unless the stream is cut into blocks.
+struct CodeSink {
+    CodecState* state;
+    uint32_t (*flush)(CodecState* state);
+
+    explicit CodeSink(CodecState& run, uint32_t (*flushBuffer)(CodecState*) = FlushCodeBuffer)
+        : state(&run), flush(flushBuffer) {}
+};
+
 // Put needs room for its bits: 57 behind a Spill, or what MakeRoom was asked for. Inner loops work
-// on a copy of the writer, which then lives in registers, and copy it back.
+// on a copy of the writer, which then lives in registers, and copy it back. The sink must outlive
+// its writers.
 class BitWriter {
   public:
-    explicit BitWriter(CodecState& state)
-        : cursor_(state.CodeCursor),
-          end_(state.CodeBufferBase + state.CodeBufferSize),
-          state_(&state) {}
+    explicit BitWriter(const CodeSink& sink)
+        : cursor_(sink.state->CodeCursor),
+          end_(sink.state->CodeBufferBase + sink.state->CodeBufferSize),
+          sink_(&sink) {}
 
     void Put(uint64_t bits, uint32_t length) {
         word_ = word_ << length | bits;
@@ -70,8 +81,8 @@ class BitWriter {
     // stay here. 0, or the failure of a write since the writer was made.
     uint32_t HandOver() {
         Spill();
-        state_->CodeCursor = cursor_;
-        state_->CodeLeft = static_cast<uint32_t>(end_ - cursor_);
+        sink_->state->CodeCursor = cursor_;
+        sink_->state->CodeLeft = static_cast<uint32_t>(end_ - cursor_);
         return failure_;
     }
 
@@ -83,10 +94,10 @@ class BitWriter {
         uint32_t failure;
     };
     // Not a member, which would need the writer's address and keep it out of registers.
-    static Written FlushFullBuffer(CodecState& state, const uint8_t* cursor, uint32_t failure);
+    static Written FlushFullBuffer(const CodeSink& sink, const uint8_t* cursor, uint32_t failure);
 
     void WriteFullBuffer() {
-        const Written written = FlushFullBuffer(*state_, cursor_, failure_);
+        const Written written = FlushFullBuffer(*sink_, cursor_, failure_);
         cursor_ = written.cursor;
         failure_ = written.failure;
     }
@@ -96,7 +107,7 @@ class BitWriter {
     uint8_t* cursor_;
     uint64_t count_ = 0;
     uint8_t* end_;
-    CodecState* state_;
+    const CodeSink* sink_;
     uint32_t failure_ = 0;
 };
 

@@ -42,12 +42,6 @@ uint32_t NextStripLastLine(const CodecState& state) {
     return CutToImage(state, uint64_t{state.RowsPerStrip} + state.StripLastLine);
 }
 
-void BeginLine(CodecState& state) {
-    state.LineBytesLeft = state.RowBytes;
-    state.LinePixels = state.Dimensions.biWidth;
-    state.LineCursor = state.LineBuffer;
-}
-
 // Where strip StripIndex begins in the stream, or -1 when the table doesn't reach so far: a file
 // may well have fewer entries than its height needs.
 int64_t StripOffset(const CodecState& state) {
@@ -98,8 +92,8 @@ uint32_t CloseStrip(CodecState& state) {
 
 }  // namespace
 
-uint32_t AllocateWorkMemory(CodecState& state) {
-    state.CodeBufferSize = std::min(state.StreamLimit, kMaxCodeBuffer);
+uint32_t AllocateWorkMemory(CodecState& state, uint32_t mostCodeBytes) {
+    state.CodeBufferSize = std::min(state.StreamLimit, mostCodeBytes);
     const auto lineArea = CheckedSize(state.RowBytes, 1, kSpareLineBytes);
     if (!lineArea) return TIFF_NO_MEMORY;
     const auto total = CheckedSize(*lineArea, 1, int64_t{state.CodeBufferSize} + kSlackBytes);
@@ -116,6 +110,12 @@ uint32_t AllocateWorkMemory(CodecState& state) {
     state.StripLastLine = FirstStripLastLine(state);
     state.StripEnded = 0;
     return TIFF_SUCCESS;
+}
+
+void BeginLine(CodecState& state) {
+    state.LineBytesLeft = state.RowBytes;
+    state.LinePixels = state.Dimensions.biWidth;
+    state.LineCursor = state.LineBuffer;
 }
 
 bool SeekStrip(CodecState& state) {
@@ -156,7 +156,7 @@ using namespace vellim;
 
 uint32_t InitDecodeBuffers(CodecState* state) {
     if (state == nullptr) return TIFF_IO_ERROR;
-    const uint32_t result = AllocateWorkMemory(*state);
+    const uint32_t result = AllocateWorkMemory(*state, kMaxCodeBuffer);
     if (result != TIFF_SUCCESS) return result;
     state->CodeCursor = nullptr;  // nothing is buffered yet
     state->CodeLeft = 0;
@@ -203,7 +203,7 @@ uint32_t InitEncodeBuffers(CodecState* state) {
     state->LineNumber = 0;
     state->StripIndex = 0;
     state->StreamLimit = kMaxCodeBuffer;  // only for the size of the buffer
-    const uint32_t result = AllocateWorkMemory(*state);
+    const uint32_t result = AllocateWorkMemory(*state, kMaxCodeBuffer);
     if (result != TIFF_SUCCESS) return result;
     state->CodeCursor = state->CodeBufferBase;
     state->CodeLeft = state->CodeBufferSize;

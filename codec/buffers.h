@@ -7,8 +7,12 @@
 
 namespace vellim {
 
-// Takes the block of line area, code buffer and slack, and locks it. 0, or 1 without memory.
-uint32_t AllocateWorkMemory(CodecState& state);
+// Takes the block of line area, code buffer and slack, and locks it. The code buffer has as many
+// bytes as the stream, up to `mostCodeBytes`. 0, or 1 without memory.
+uint32_t AllocateWorkMemory(CodecState& state, uint32_t mostCodeBytes);
+
+// Sets the fields that go along a line to the start of one.
+void BeginLine(CodecState& state);
 
 // Puts CodeCursor on the first byte of strip StripIndex, without a read where it is buffered now.
 bool SeekStrip(CodecState& state);

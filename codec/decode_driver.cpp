@@ -1,5 +1,6 @@
-// Decoding runs: from a stored image's tags, or from a caller's figures for bare CCITT data, to the
-// record that an engine runs on; the engine by its key; and the end of the run, on every way out.
+// Decoding runs: from a stored image's tags, or from a caller's figures for bare CCITT data and MMR
+// streams, to the record that an engine runs on; the engine, by its key but for MMR, which has
+// none; and the end of the run, on every way out.
 
 #include "codec/compression_key.h"
 #include "codec/engines.h"
@@ -80,6 +81,7 @@ struct BareData {
     CompressionKey key;
     uint32_t fillOrder;
     uint32_t byteOrder;
+    Engine decode;
 };
 
 // Measures the stream and moves to the data. 0 or 6. Only a disk file can be moved; the length is
@@ -106,7 +108,7 @@ uint32_t DecodeBareData(const BareData& data, int32_t width, int32_t height, Cod
     state.Key = data.key;
     state.FillOrder = data.fillOrder;
     state.ByteOrder = data.byteOrder;
-    return DispatchDecoder(state);
+    return data.decode(state);
 }
 
 }  // namespace
@@ -135,6 +137,22 @@ int32_t DecodeCcittImageFrom(StreamHandle stream, int32_t offset, int32_t width,
         .key = key,
         .fillOrder = FillOrderOrMsbFirst(fillOrder),
         .byteOrder = ByteOrderOrLittleEndian(byteOrder),
+        .decode = DispatchDecoder,
+    };
+    Run run(callbackData, callback);
+    return FinishRun(DecodeBareData(data, width, height, run.state));
+}
+
+int32_t DecodeMMRImage(StreamHandle stream, int32_t offset, int32_t width, int32_t height,
+                       uint32_t /*unused*/, uint32_t fillOrder, uint32_t byteOrder,
+                       uintptr_t callbackData, LineCallback callback) {
+    const BareData data{
+        .stream = stream,
+        .offset = offset,
+        .key = 0,
+        .fillOrder = FillOrderOrMsbFirst(fillOrder),
+        .byteOrder = ByteOrderOrLittleEndian(byteOrder),
+        .decode = DecodeMmr,
     };
     Run run(callbackData, callback);
     return FinishRun(DecodeBareData(data, width, height, run.state));

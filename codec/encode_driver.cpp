@@ -1,6 +1,7 @@
-// Encoding runs: from an image's tags, or from a caller's figures for bare CCITT data, to the
-// record that an engine runs on; the engine by its key; the tables of the strips that were written
-// as tags; and last of all the directory, which makes the image part of its file.
+// Encoding runs: from an image's tags, or from a caller's figures for bare CCITT data and MMR
+// streams, to the record that an engine runs on; the engine, by its key but for MMR, which has
+// none; the tables of the strips that were written as tags; and last of all the directory, which
+// makes the image part of its file.
 
 #include "codec/compression_key.h"
 #include "codec/encode_layout.h"
@@ -14,8 +15,6 @@
 
 namespace vellim {
 namespace {
-
-using Engine = uint32_t (*)(CodecState&);
 
 // Null for a key that isn't known.
 Engine EncoderOf(CompressionKey key) {
@@ -87,13 +86,13 @@ uint32_t EncodeStoredImage(TiffFileHandle file, int32_t image, CodecState& state
 
 // The tables are there for the strip to be entered; nobody reads them. A height of 0 has no last
 // line: lines are asked for until the callback stops the run.
-uint32_t EncodeBareData(int32_t width, int32_t height, CodecState& state) {
+uint32_t EncodeBareData(int32_t width, int32_t height, Engine encode, CodecState& state) {
     if (state.Callback == nullptr) return TIFF_BAD_INDEX;
     uint32_t result = TakeBarePicture(width, height, state);
     if (result != TIFF_SUCCESS) return result;
     state.StripCount = 1;
     result = AllocateStripTables(state);
-    return result == TIFF_SUCCESS ? DispatchEncoder(state) : result;
+    return result == TIFF_SUCCESS ? encode(state) : result;
 }
 
 }  // namespace
@@ -121,5 +120,14 @@ int32_t EncodeCcittImageTo(StreamHandle stream, int32_t width, int32_t height, u
     run.state.Key = key;
     run.state.FillOrder = FillOrderOrMsbFirst(fillOrder);
     run.state.ByteOrder = ByteOrderOrLittleEndian(byteOrder);
-    return FinishRun(EncodeBareData(width, height, run.state));
+    return FinishRun(EncodeBareData(width, height, DispatchEncoder, run.state));
+}
+
+int32_t EncodeMMRImage(StreamHandle stream, int32_t width, int32_t height, uint32_t /*unused*/,
+                       uintptr_t callbackData, LineCallback callback) {
+    Run run(callbackData, callback);
+    run.state.Stream = stream;
+    run.state.FillOrder = TIFF_FILL_MSB_FIRST;
+    run.state.ByteOrder = TIFF_LITTLE_ENDIAN;
+    return FinishRun(EncodeBareData(width, height, EncodeMmr, run.state));
 }

@@ -8,6 +8,8 @@
 
 namespace vellim {
 
+using Engine = uint32_t (*)(CodecState& state);
+
 // Uncompressed (TIFF 6.0 section 3) and PackBits (section 9).
 uint32_t DecodeRaw(CodecState& state);
 uint32_t DecodePackBits(CodecState& state);
@@ -28,5 +30,9 @@ uint32_t Decode2DEol(CodecState& state);
 uint32_t DecodeGroup4(CodecState& state);
 uint32_t EncodeGroup3TwoD(CodecState& state);
 uint32_t EncodeGroup4(CodecState& state);
+
+// MMR streams (IOCA). These have no key; the encoder writes its last block itself.
+uint32_t DecodeMmr(CodecState& state);
+uint32_t EncodeMmr(CodecState& state);
 
 }  // namespace vellim

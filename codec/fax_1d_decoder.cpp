@@ -135,7 +135,8 @@ uint32_t Decode1DNoEol(CodecState& state) {
     if (state.Dimensions.biWidth > kFarPosition) return TIFF_NO_MEMORY;
     if (const uint32_t code = InitDecodeBuffers(&state); code != 0) return EndOfRun(code);
 
-    BitReader reader(state);
+    const CodeSource source(state);
+    BitReader reader(source);
     for (;;) {
         RunLine line(state);
         do {
@@ -160,7 +161,8 @@ uint32_t Decode1DEol(CodecState& state) {
     if (state.Dimensions.biWidth > kFarPosition) return TIFF_NO_MEMORY;
     if (const uint32_t code = InitDecodeBuffers(&state); code != 0) return EndOfRun(code);
 
-    BitReader reader(state);
+    const CodeSource source(state);
+    BitReader reader(source);
     for (;;) {
         SkipEndsOfLine(reader);
         RunLine line(state);

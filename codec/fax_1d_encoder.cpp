@@ -66,7 +66,8 @@ uint32_t Encode1D(CodecState& state) {
 
     const bool withEndOfLine = (state.Key & kCompressionMask) == TIFF_KEY_GROUP3_1D;
     const bool fill = (state.Key & kFillFlag) != 0;
-    BitWriter out(state);
+    const CodeSink sink(state);
+    BitWriter out(sink);
     uint32_t code = 0;
     while (code == 0) {
         if (withEndOfLine) PutEndOfLine(out, fill);

@@ -1,15 +1,13 @@
 // The decoders of two-dimensional coding: T.4 with an end-of-line code and a tag bit before each
 // line, and T.6, which has neither. Both keep a line as a list of changing elements; only the
 // painter makes pixels of it.
-#include <algorithm>
-
 #include "codec/bit_reader.h"
 #include "codec/change_lists.h"
 #include "codec/end_of_run.h"
 #include "codec/engines.h"
+#include "codec/fax_2d_line.h"
 #include "codec/fax_2d_row.h"
 #include "codec/run_painter.h"
-#include "codec/run_reader.h"
 #include "vellim/failures.h"
 
 namespace vellim {
@@ -24,76 +22,6 @@ void BeginStrip(CodecState& state, ChangeLists& lists, BitReader& reader, LookAh
     lists.MakeReference(0, width, width);
 }
 
-// Makes a finished line the reference of the next.
-void EndLine(const FaxRow& row, ChangeLists& lists) {
-    if (row.count != 0) {
-        int32_t& last = lists.Current()[row.count - 1];
-        last = std::min(last, kFarPosition);
-    }
-    lists.MakeReference(row.count, row.width, row.endsWithPass ? row.a0 : row.width);
-}
-
-// Two runs of a line of one-dimensional coding in one step, where a white one is due.
-bool TakePairOfRuns(FaxRow& row, const ChangeLists& lists, BitReader& reader) {
-    const bool whiteIsDue = row.count % 2 == 0;
-    if (!whiteIsDue || row.count + 2 > lists.Capacity() || !reader.TopUp(kQuickRunBits))
-        return false;
-    const RunPair pair = LookUpRunPair(reader.Window(), RunColor::White);
-    const int32_t between = row.a0 + pair.first;
-    if (pair.bits == 0 || between >= row.width) return false;
-    reader.Consume(pair.bits);
-    row.a0 = between + pair.second;
-    lists.Current()[row.count] = between;
-    lists.Current()[row.count + 1] = row.a0;
-    row.count += 2;
-    return true;
-}
-
-uint32_t ReadRun(BitReader& reader, RunColor color, Run& run) {
-    const BitReader atRun = reader;
-    if (reader.TopUp(kQuickRunBits) && ReadRunQuickly(reader, color, run)) return 0;
-    reader = atRun;
-    return ReadRunCarefully(reader, color, run);
-}
-
-// One line of one-dimensional coding, as a list that the next line can be read against. An
-// end-of-line code closes the line, but stays in the reader.
-uint32_t DecodeRowOfRuns(FaxRow& row, const ChangeLists& lists, BitReader& reader, bool& hasRuns) {
-    do {
-        if (TakePairOfRuns(row, lists, reader)) {
-            hasRuns = true;
-            continue;
-        }
-        if (row.count + 1 > lists.Capacity()) return TIFF_BAD_CODE;
-        Run run;
-        const auto color = static_cast<RunColor>(row.count & 1U);
-        if (const uint32_t failure = ReadRun(reader, color, run); failure != 0) return failure;
-        if (run.closedBy == RunKind::ZeroByte) {
-            row.a0 = row.width;
-        } else {
-            row.a0 += run.length;
-            hasRuns = true;
-        }
-        lists.Current()[row.count++] = row.a0;
-    } while (row.a0 < row.width);
-    return 0;
-}
-
-// The end-of-line code and the tag bit behind it: 1 when the next line is one-dimensional.
-uint32_t ReadEndOfLine(BitReader& reader, LookAhead& lookAhead, bool& oneDimensional) {
-    constexpr uint32_t kEndOfLineBits = 12;
-    if (reader.TopUp(kEndOfLineBits + 1) && reader.Peek(kEndOfLineBits) == 1) {
-        reader.Consume(kEndOfLineBits);
-    } else if (const uint32_t failure = SkipThroughFirstOne(reader); failure != 0) {
-        return failure;
-    }
-    if (const uint32_t failure = reader.Ensure(1); failure != 0) return failure;
-    oneDimensional = reader.Peek(1) != 0;
-    reader.Consume(1);
-    lookAhead = {reader.Position(), reader.Count() & 7U};
-    return 0;
-}
-
 }  // namespace
 
 uint32_t DecodeGroup4(CodecState& state) {
@@ -102,7 +30,8 @@ uint32_t DecodeGroup4(CodecState& state) {
     ChangeLists lists(width);
     if (!lists) return TIFF_NO_MEMORY;
 
-    BitReader reader(state);
+    const CodeSource source(state);
+    BitReader reader(source);
     LookAhead lookAhead;
     BeginStrip(state, lists, reader, lookAhead);
     for (;;) {
@@ -125,7 +54,8 @@ uint32_t Decode2DEol(CodecState& state) {
     ChangeLists lists(width);
     if (!lists) return TIFF_NO_MEMORY;
 
-    BitReader reader(state);
+    const CodeSource source(state);
+    BitReader reader(source);
     LookAhead lookAhead;
     BeginStrip(state, lists, reader, lookAhead);
     bool oneDimensional = true;

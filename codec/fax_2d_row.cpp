@@ -231,7 +231,8 @@ struct ModeBits {
     BitReader& reader;
     uint32_t valid;  // in hand, as LookAhead has it
 
-    // Brings eight bits in when those in hand are all zeros. 0, or the failure of FillCodeBuffer.
+    // Brings eight bits in when those in hand are all zeros. 0, or the failure of the reader's
+    // fill.
     uint32_t BringIn() {
         if (InHand(reader.Window(), valid) != 0) return 0;
         valid = 8;
@@ -275,16 +276,17 @@ uint32_t ReadHorizontal(Walk& walk, ModeBits& bits) {
 
 // What six zero bits and more mean, which is where the dialects differ.
 template <FaxDialect kDialect>
-uint32_t ReadRareMode(Walk& walk, ModeBits& bits, uint32_t zeros) {
-    const bool isGroup4 = kDialect == FaxDialect::Group4;
-    if (zeros == kZerosEndOfLine && isGroup4) return ReadClosingCode(bits.reader);
+uint32_t ReadRareMode(Walk& walk, ModeBits& bits, uint32_t zeros, bool& hasEndOfLine) {
+    if (zeros == kZerosEndOfLine && kDialect == FaxDialect::Group4)
+        return ReadClosingCode(bits.reader);
     if (zeros == kZerosEndOfLine) {
         // The line's rest takes the colour that is due; the zero bits stay for the caller.
         walk.a0 = walk.width;
         walk.Store();
+        hasEndOfLine = true;
         return 0;
     }
-    if (zeros != kZerosExtension || isGroup4) return TIFF_BAD_CODE;
+    if (zeros != kZerosExtension || kDialect != FaxDialect::Group3) return TIFF_BAD_CODE;
     // The extension's own three bits are read as the next mode.
     bits.Use(kZerosExtension + 1);
     return 0;
@@ -321,7 +323,7 @@ uint32_t ReadModeCarefully(FaxRow& row, const ChangeLists& lists, BitReader& rea
             row.endsWithPass = !walk.LineGoesOn();
             break;
         default:
-            failure = ReadRareMode<kDialect>(walk, bits, zeros);
+            failure = ReadRareMode<kDialect>(walk, bits, zeros, row.hasEndOfLine);
     }
     walk.PutBack(row);
     lookAhead = {reader.Position(), bits.valid};
@@ -350,5 +352,7 @@ template uint32_t DecodeFaxRow<FaxDialect::Group3>(FaxRow&, const ChangeLists&, 
                                                    LookAhead&);
 template uint32_t DecodeFaxRow<FaxDialect::Group4>(FaxRow&, const ChangeLists&, BitReader&,
                                                    LookAhead&);
+template uint32_t DecodeFaxRow<FaxDialect::Mmr>(FaxRow&, const ChangeLists&, BitReader&,
+                                                LookAhead&);
 
 }  // namespace vellim

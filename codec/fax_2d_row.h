@@ -37,16 +37,18 @@ struct FaxRow {
     int32_t a0 = 0;             // position reached; the line ends at the width or beyond
     uint32_t b1 = 0;            // index of b1 in the reference list
     bool endsWithPass = false;  // the line's last mode was a pass
+    bool hasEndOfLine = false;  // eight zero bits have ended the line
 };
 
 enum class FaxDialect : uint8_t {
     Group3,  // eight zero bits end the line; an extension code is passed over
     Group4,  // eight zero bits begin the closing code (EOFB); there are no extensions
+    Mmr,     // eight zero bits end the line; there are no extensions
 };
 
 // Reads the modes of one line into the current list of `lists`. 0, or the failure code that ends
-// the run: TIFF_BAD_CODE, TIFF_UNEXPECTED_EOFB, or what FillCodeBuffer gave. A line of more changes
-// than the lists hold, which only damage makes, is TIFF_BAD_CODE.
+// the run: TIFF_BAD_CODE, TIFF_UNEXPECTED_EOFB, or that of the reader's fill. A line of more
+// changes than the lists hold, which only damage makes, is TIFF_BAD_CODE.
 template <FaxDialect kDialect>
 uint32_t DecodeFaxRow(FaxRow& row, const ChangeLists& lists, BitReader& reader,
                       LookAhead& lookAhead);

@@ -17,7 +17,7 @@ struct Run {
 };
 
 // Each lookup wants eight bits in hand, and sixteen for a code longer than eight, even where the
-// code itself takes fewer. 0, or the failure of FillCodeBuffer.
+// code itself takes fewer. 0, or the failure of the reader's fill.
 uint32_t ReadRunCarefully(BitReader& reader, RunColor color, Run& run);
 
 // The same where the code buffer has room. Needs kQuickRunBits bits in the window: a lookup, and
@@ -43,7 +43,7 @@ inline bool ReadRunQuickly(BitReader& reader, RunColor color, Run& run) {
 }
 
 // Passes over zero bits, any number of them, and the 1 bit behind them, as an end-of-line code
-// closes. No bit beyond that one is wanted. 0, or the failure of FillCodeBuffer.
+// closes. No bit beyond that one is wanted. 0, or the failure of the reader's fill.
 uint32_t SkipThroughFirstOne(BitReader& reader);
 
 }  // namespace vellim

@@ -38,6 +38,22 @@ VELLIM_API int32_t DecodeCcittImageFrom(StreamHandle stream, int32_t offset, int
                                         uint32_t byteOrder, uintptr_t callbackData,
                                         LineCallback callback);
 
+/* Decodes an MMR stream, as IOCA image data has it: blocks of 0xFE, 0x92, a 16-bit length with the
+ * high byte first, and so many bytes of code; a length of 0 stands for as many as the buffer holds,
+ * one above the buffer is refused with 5, and so is anything else where a block is due. The code
+ * runs on through the blocks: an EOL with tag 1, a line of one-dimensional coding, an EOL with tag
+ * 0, then lines of two-dimensional coding with nothing between them. A line that meets an EOL ends
+ * there. The end is the last line, and with a height of 0 the end of the data, of which the closing
+ * EOLs give one more white line.
+ *
+ * `stream` is a disk file; an `offset` of at least 1 and below its length moves it there, 0 reads
+ * on where it stands. The fifth argument, `fillOrder` and `byteOrder` play no part. Codes beside
+ * those above: 6 when the first block can't be read, whatever the cause. */
+VELLIM_API int32_t DecodeMMRImage(StreamHandle stream, int32_t offset, int32_t width,
+                                  int32_t height, uint32_t unused, uint32_t fillOrder,
+                                  uint32_t byteOrder, uintptr_t callbackData,
+                                  LineCallback callback);
+
 #ifdef __cplusplus
 }
 #endif

@@ -59,6 +59,12 @@ VELLIM_API int32_t EncodeCcittImageTo(StreamHandle stream, int32_t width, int32_
                                       uint32_t fillOrder, uint32_t byteOrder, CompressionKey key,
                                       uintptr_t callbackData, LineCallback callback);
 
+/* Writes a picture as an MMR stream, as DecodeMMRImage reads it, in blocks of 32,767 bytes and a
+ * last one of what is left, from the stream's position on. Six EOLs with tag 1 close the code, of
+ * whose last byte nothing is written unless it is full. The fourth argument plays no part. */
+VELLIM_API int32_t EncodeMMRImage(StreamHandle stream, int32_t width, int32_t height,
+                                  uint32_t unused, uintptr_t callbackData, LineCallback callback);
+
 /* In two-dimensional Group 3 data every `k`th line is coded one-dimensionally (T.4 4.2.1.1, the
  * parameter K); 2 at the start. Holds for the whole process until it is set again; a run that is
  * under way keeps the one that it began with. 1, or 0 with nothing changed for a `k` below 2. */

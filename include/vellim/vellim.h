@@ -8,6 +8,8 @@
  *   vellim/encode.h    an image stored, line by line
  *   vellim/save.h      a DIB stored as an image
  *   vellim/edit.h      tags of stored images changed, images copied from file to file
+ *   vellim/cals.h      CALS raster files
+ *   vellim/wrappers.h  IOCA and MO:DCA around MMR image data
  *   vellim/failures.h  what went wrong
  *   vellim/streams.h   bytes on disk or in memory
  *   vellim/codec.h     the record of a run, for engines in modules of their own
@@ -16,6 +18,7 @@
 #define VELLIM_VELLIM_H
 
 #include "vellim/base.h"
+#include "vellim/cals.h"
 #include "vellim/codec.h"
 #include "vellim/decode.h"
 #include "vellim/edit.h"
@@ -28,5 +31,6 @@
 #include "vellim/save.h"
 #include "vellim/streams.h"
 #include "vellim/tags.h"
+#include "vellim/wrappers.h"
 
 #endif /* VELLIM_VELLIM_H */

@@ -129,3 +129,32 @@ FIELD(CodecState, SubsamplingV, 204, 228);
 FIELD(CodecState, PlanarConfig, 206, 230);
 FIELD(CodecState, ReferenceBlackWhite, 208, 232);
 FIELD(CodecState, JpegScratch, 232, 256);
+
+SIZE(CalsInfo, 24, 24);
+FIELD(CalsInfo, rorient, 4, 4);
+FIELD(CalsInfo, rpelcnt, 12, 12);
+FIELD(CalsInfo, rdensty, 20, 20);
+
+SIZE(CalsNote, 28, 56);
+FIELD(CalsNote, dstdocis, 4, 8);
+FIELD(CalsNote, txtfileid, 8, 16);
+FIELD(CalsNote, figid, 12, 24);
+FIELD(CalsNote, scrgph, 16, 32);
+FIELD(CalsNote, doccls, 20, 40);
+FIELD(CalsNote, notes, 24, 48);
+
+SIZE(CalsLineContext, 20, 24);
+FIELD(CalsLineContext, Height, 4, 8);
+FIELD(CalsLineContext, LineBytes, 8, 12);
+FIELD(CalsLineContext, Stride, 12, 16);
+FIELD(CalsLineContext, Invert, 16, 20);
+
+SIZE(IocaHeader, 24, 24);
+FIELD(IocaHeader, ImageContentId, 4, 4);
+FIELD(IocaHeader, XResolution, 6, 6);
+FIELD(IocaHeader, YResolution, 8, 8);
+FIELD(IocaHeader, Width, 10, 10);
+FIELD(IocaHeader, Height, 12, 12);
+FIELD(IocaHeader, CompressionId, 14, 14);
+FIELD(IocaHeader, DataLength, 16, 16);
+FIELD(IocaHeader, DataOffset, 20, 20);

@@ -10,6 +10,7 @@
 
 #include "codec/engines.h"
 #include "container/streams.h"
+#include "platform/guards.h"
 #include "support/reference_ccitt.h"
 #include "vellim/encode.h"
 #include "vellim/failures.h"
@@ -21,6 +22,17 @@ struct Coding {
     CompressionKey key;
     Engine encode, decode;
 };
+
+// The stream must be a disk file.
+uint32_t DecodeMmrOnDisk(CodecState& state) {
+    const LockedBlock block(mBlock(state.Stream));
+    const auto* bytes = block.As<uint8_t>();
+    const std::string path = FileOf({bytes, bytes + state.StreamLimit}, "mmr");
+    const OpenStream file(OpenFile(path.c_str(), nullptr, OF_READ));
+    state.Stream = file.Get();
+    return DecodeMmr(state);
+}
+
 constexpr Coding kCodings[] = {
     {TIFF_KEY_CCITT_1D_BARE, Encode1D, Decode1DNoEol},
     {TIFF_KEY_CCITT_1D, Encode1D, Decode1DNoEol},
@@ -29,6 +41,7 @@ constexpr Coding kCodings[] = {
     {TIFF_KEY_GROUP3_2D, EncodeGroup3TwoD, Decode2DEol},
     {TIFF_KEY_GROUP3_2D_FILL, EncodeGroup3TwoD, Decode2DEol},
     {TIFF_KEY_GROUP4, EncodeGroup4, DecodeGroup4},
+    {kMmr, EncodeMmr, DecodeMmrOnDisk},
 };
 
 const Coding& CodingOf(CompressionKey key) {
@@ -36,6 +49,7 @@ const Coding& CodingOf(CompressionKey key) {
 }
 
 EngineRun RunOf(const Coding& coding, const Picture& picture, size_t rowsPerStrip) {
+    if (coding.key == kMmr) rowsPerStrip = picture.rows.size();
     return {.width = static_cast<uint32_t>(picture.width),
             .height = static_cast<uint32_t>(picture.rows.size()),
             .rowsPerStrip = static_cast<uint32_t>(rowsPerStrip),
@@ -162,6 +176,11 @@ TEST(Ccitt, EveryRunLengthOfEitherColor) {
         ASSERT_NO_FATAL_FAILURE(ExpectRoundTrip(CodingOf(key), picture, picture.rows.size()));
 }
 
+// 32,767 bytes of code, to the bit: the last block of an MMR stream is empty then.
+TEST(Ccitt, CodeThatFillsTheBuffer) {
+    ExpectRoundTrip(CodingOf(kMmr), {8, std::vector(262028, Bytes{0})}, 262028);
+}
+
 TEST(Ccitt, WideLines) {
     for (const int32_t meanRun : {2, 9000, 1'000'000})
         for (const int32_t width : {16384, 16385, 100'000, 1'000'000}) {
@@ -170,7 +189,8 @@ TEST(Ccitt, WideLines) {
                 ASSERT_NO_FATAL_FAILURE(ExpectRoundTrip(CodingOf(key), picture, 3));
         }
     const Picture tooWide{33281, {Bytes(4161)}};
-    for (const CompressionKey key : {TIFF_KEY_GROUP3_2D, TIFF_KEY_GROUP4})
+    for (const CompressionKey key :
+         {CompressionKey{TIFF_KEY_GROUP3_2D}, CompressionKey{TIFF_KEY_GROUP4}, kMmr})
         EXPECT_TRUE(Encode(CodingOf(key), tooWide, 1) == (Encoded{TIFF_BAD_CODE, {}, {0}, {0}}));
 }
 
@@ -265,6 +285,7 @@ TEST(Ccitt, Damage) {
                 const uint32_t bits = random(), other = random();
                 byte = static_cast<uint8_t>(round % 3 == 0 ? bits & other : bits | other);
             }
+            if (coding.key == kMmr) noise = InBlocks(noise, 1 + random() % 90);
             ASSERT_NO_FATAL_FAILURE(ExpectSameLines(coding, noise, width, 50, round));
         }
     }

@@ -6,6 +6,7 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 #include "codec/fax_codes.h"
@@ -293,12 +294,14 @@ struct Decoder {
     // True when a run closed by a terminating code was stored.
     bool RowOfRuns(bool skipEndOfLine) {
         changes_.clear();
+        endOfLine_ = false;
         bool seen = false;
         int32_t position = 0;
         do {
             const RunRead run = ReadRun(in_, BlackIsDue());
             if (run.zeroByte) {
                 if (skipEndOfLine) in_.SkipThroughOne();
+                endOfLine_ = true;
                 position = width_;
             } else {
                 position += run.length;
@@ -320,8 +323,10 @@ struct Decoder {
         changes_.clear();
         passed_ = -1;
     }
-    void Row2D(bool group4) {
+    void Row2D() {
+        const bool group3 = run_.key != TIFF_KEY_GROUP4 && run_.key != kMmr;
         BeginRow2D();
+        endOfLine_ = false;
         int32_t a0 = 0;
         size_t b1 = 0;
         const auto store = [&](int32_t position) {
@@ -362,9 +367,10 @@ struct Decoder {
                 store(a0 + ReadRun(in_, !black).length);
                 while (a0 < width_ && reference_.at(b1) <= a0)
                     b1 += 2;
-            } else if (zeros == 6 && !group4) {
+            } else if (zeros == 6 && group3) {
                 in_.Drop(7);
-            } else if (zeros == 8 && !group4) {
+            } else if (zeros == 8 && run_.key != TIFF_KEY_GROUP4) {
+                endOfLine_ = true;
                 store(width_);
             } else if (zeros == 8) {
                 for (const int expected : {0x10, 0x01}) {
@@ -386,26 +392,31 @@ struct Decoder {
     void RunGroup4() {
         for (;;) {
             BeginStripIfDue();
-            Row2D(true);
+            Row2D();
             Deliver();
         }
     }
     void Run2DEol() {
+        const bool mmr = run_.key == kMmr;
         bool oneDimensional = true;
         bool seen = false;
         for (;;) {
             BeginStripIfDue();
+            const auto before = std::pair(changes_, passed_);
             if (oneDimensional) {
                 passed_ = -1;
-                seen = RowOfRuns(false) || seen;
+                seen = RowOfRuns(false) || (seen && !mmr);
             } else {
                 seen = true;
-                Row2D(false);
+                Row2D();
             }
-            in_.SkipThroughOne();
-            oneDimensional = in_.TakeBit();
-            in_.HoldWholeByte();
+            if (endOfLine_ || !mmr) {
+                in_.SkipThroughOne();
+                oneDimensional = in_.TakeBit();
+                in_.HoldWholeByte();
+            }
             if (seen) Deliver();
+            if (mmr && !seen) std::tie(changes_, passed_) = before;
         }
     }
 
@@ -416,11 +427,39 @@ struct Decoder {
     bool stripEnded_ = false;
     List changes_{};
     List reference_{};
+    bool endOfLine_ = false;
     int32_t passed_ = -1;  // position of a pass that ended a line, or -1
     Outcome result_{};
 };
 
 }  // namespace
+
+Bytes InBlocks(const Bytes& code, size_t size) {
+    Bytes stream;
+    for (size_t at = 0, bytes = size; bytes == size; at += bytes) {
+        bytes = std::min(size, code.size() - at);
+        stream.insert(stream.end(),
+                      {0xFE, 0x92, static_cast<uint8_t>(bytes >> 8), static_cast<uint8_t>(bytes)});
+        stream.insert(stream.end(), code.data() + at, code.data() + at + bytes);
+    }
+    return stream;
+}
+
+Bytes CodeOfBlocks(const Bytes& stream) {
+    Bytes buffer(std::min<size_t>(stream.size(), 65520)), code;
+    size_t at = 0;
+    while (at + 4 <= stream.size() && stream[at] == 0xFE && stream[at + 1] == 0x92) {
+        size_t length = size_t{stream[at + 2]} * 256 + stream[at + 3];
+        if (length == 0) length = buffer.size();
+        if (length > buffer.size()) break;
+        at += 4;
+        const size_t there = std::min(length, stream.size() - at);
+        std::copy_n(stream.data() + at, there, buffer.data());
+        code.insert(code.end(), buffer.data(), buffer.data() + length);
+        at += there;
+    }
+    return code;
+}
 
 Picture RandomPicture(uint32_t seed, int32_t width, int32_t height, double meanRun) {
     std::mt19937 random(seed);
@@ -480,19 +519,20 @@ Encoded ReferenceCcittEncoder(const EngineRun& run, const Picture& picture, int3
     Bytes above = white;
     int32_t counter = k;
     uint32_t stripStart = 0;
-    if (twoDimensional) putEndOfLine("1");
+    if (twoDimensional || key == kMmr) putEndOfLine("1");
     for (size_t y = 0; y < lines; ++y) {
         const Bytes& row = picture.rows[y];
         if (group3 && !twoDimensional) putEndOfLine("");
-        if (key == TIFF_KEY_GROUP4 || (twoDimensional && counter != k)) {
+        if (key == TIFF_KEY_GROUP4 || (twoDimensional && counter != k) || (key == kMmr && y != 0)) {
             PutRow2D(out, row, above, picture.width);
             ++counter;
-        } else {
+        } else if (key != kMmr || picture.width != 0) {
             PutRow1D(out, row, picture.width);
             counter = 1;
         }
         if (twoDimensional) putEndOfLine(counter == k ? "1" : "0");
-        while (!group3 && key != TIFF_KEY_GROUP4 && out.count_ % 8 != 0)
+        if (key == kMmr && y == 0) putEndOfLine("0");
+        while ((key & 0xFFFF) == TIFF_KEY_CCITT_1D_BARE && out.count_ % 8 != 0)
             out.Put("0");
         above = row;
         if ((y + 1) % run.rowsPerStrip != 0 && y + 1 != run.height) continue;
@@ -505,15 +545,20 @@ Encoded ReferenceCcittEncoder(const EngineRun& run, const Picture& picture, int3
         result.counts[strip] = static_cast<uint32_t>(out.count_ / 8) - stripStart;
         stripStart += result.counts[strip];
     }
-    for (int i = 0; i < (!group3 ? 0 : twoDimensional ? 6 : 5); ++i)
-        putEndOfLine(twoDimensional ? "1" : "");
+    const bool tagged = twoDimensional || key == kMmr;
+    for (int i = 0; i < (tagged ? 6 : group3 ? 5 : 0); ++i)
+        putEndOfLine(tagged ? "1" : "");
     result.stream = out.Take();
     result.stream.resize(out.count_ / 8);
+    if (key == kMmr) result.stream = InBlocks(result.stream, 32767);
     return result;
 }
 
 Outcome ReferenceCcitt(const EngineRun& run) {
-    return Decoder{run}.Run();
+    if (run.key != kMmr) return Decoder{run}.Run();
+    EngineRun code = run;
+    code.stream = CodeOfBlocks(run.stream);
+    return code.stream.empty() ? Outcome{TIFF_IO_ERROR} : Decoder{code}.Run();
 }
 
 }  // namespace vellim::test

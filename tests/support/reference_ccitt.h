@@ -20,6 +20,15 @@ struct Picture {
 // of its changes, so that all modes come up.
 Picture RandomPicture(uint32_t seed, int32_t width, int32_t height, double meanRun);
 
+// In place of a key, where MMR streams have none.
+inline constexpr CompressionKey kMmr = 0;
+
+// `code` in the blocks of an MMR stream: full ones of `size` bytes, and the rest, be it empty.
+Bytes InBlocks(const Bytes& code, size_t size);
+
+// The other way, with a buffer that keeps what it held where bytes are missing.
+Bytes CodeOfBlocks(const Bytes& stream);
+
 // What an encoding run of shape and key `run` leaves of the first `lines` lines of a picture, where
 // the callback stopped it behind them, or of all.
 Encoded ReferenceCcittEncoder(const EngineRun& run, const Picture& picture, int32_t k,

@@ -1,0 +1,80 @@
+// MO:DCA picture data: the three bytes of the structured fields that begin and end it, around an
+// IOCA image segment.
+#include <algorithm>
+
+#include "container/failure.h"
+#include "wrappers/ioca_head.h"
+#include "wrappers/picture_starts.h"
+#include "wrappers/whole_write.h"
+
+namespace vellim {
+namespace {
+
+constexpr std::array<uint8_t, 3> kPictureData = {0xD3, 0xEE, 0xFB};
+constexpr std::array<uint8_t, 3> kEndPicture = {0xD3, 0xA9, 0xC7};
+constexpr uint32_t kPlacesSearched = 2048;
+
+constexpr int32_t kFromStart = 0;
+constexpr int32_t kFromPosition = 1;
+
+// The length field of what an application puts in front of the picture.
+constexpr int32_t kLengthOffset = 28;
+constexpr int32_t kBehindLength = 30;
+
+// A byte that doesn't match is spent: it isn't looked at again as a possible beginning.
+bool FindPictureData(HeadReader& reader) {
+    for (uint32_t place = 0; place < kPlacesSearched; place++) {
+        const auto first = reader.Byte();
+        if (!first) return false;
+        if (first == kPictureData[0] && reader.Byte() == kPictureData[1] &&
+            reader.Byte() == kPictureData[2])
+            return true;
+    }
+    return false;
+}
+
+// Tells how far it is from the length field to `position`, which is taken up again. False when it
+// can't be.
+bool WriteLength(StreamHandle stream, int32_t position) {
+    const int32_t length = position - kLengthOffset;
+    const std::array<uint8_t, 2> bytes = {static_cast<uint8_t>(length >> 8),
+                                          static_cast<uint8_t>(length)};
+    if (_llseek(stream, kLengthOffset, kFromStart) == kLengthOffset) WriteWhole(stream, bytes);
+    return _llseek(stream, position, kFromStart) == position;
+}
+
+}  // namespace
+}  // namespace vellim
+
+using namespace vellim;
+
+int32_t WriteMODCAHeader(StreamHandle stream, const IocaHeader* header) {
+    if (header == nullptr) return 0;
+    const auto ioca = IocaHeadOf(*header);
+    std::array<uint8_t, kPictureData.size() + kIocaHeadBytes> head{};
+    std::copy(ioca.begin(), ioca.end(),
+              std::copy(kPictureData.begin(), kPictureData.end(), head.begin()));
+    TakePictureStart(stream);
+    const int32_t start = _llseek(stream, 0, kFromPosition);
+    if (!WriteWhole(stream, head)) return Fail(TIFF_IO_ERROR, 0);
+    RememberPictureStart(stream, start);
+    return 1;
+}
+
+// A picture that begins before the end of the length field has bytes of its own there.
+int32_t WriteMODCATail(StreamHandle stream) {
+    const int32_t start = TakePictureStart(stream);
+    const int32_t position = _llseek(stream, 0, kFromPosition);
+    if (start >= kBehindLength && position >= start && !WriteLength(stream, position))
+        return Fail(TIFF_IO_ERROR, 0);
+    const bool hasTail = WriteIOCATail(stream) != 0;
+    if (!WriteWhole(stream, kEndPicture)) return Fail(TIFF_IO_ERROR, 0);
+    return hasTail ? 1 : 0;
+}
+
+int32_t ReadMODCAHeader(StreamHandle stream, IocaHeader* header) {
+    if (header == nullptr) return 0;
+    *header = {};
+    HeadReader reader(stream);
+    return FindPictureData(reader) && ReadIocaHead(reader, *header) ? 1 : 0;
+}
