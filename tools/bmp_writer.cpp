@@ -106,7 +106,8 @@ bool FinishTopDown(BmpWriter& /*w*/) {
 
 }  // namespace
 
-std::optional<LineSink> BeginBmp(const Picture& picture, OutputFile& output) {
+std::optional<LineSink> BeginBmp(const Picture& picture, const WriteOptions& /*options*/,
+                                 OutputFile& output) {
     auto w = std::make_unique<BmpWriter>();
     w->output = &output;
     w->type = picture.type;

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "source_hints.h"
+
 namespace vellim::tool {
 
 // Exit codes. A worse one has the higher number, so that the worst of several is their maximum.
@@ -21,12 +23,14 @@ inline Outcome Worse(Outcome a, Outcome b) {
 
 struct InfoOptions {
     std::vector<std::string> files;
+    SourceHints hints;
     bool json = false;
     bool tags = false;
 };
 
 struct CheckOptions {
     std::vector<std::string> files;
+    SourceHints hints;
 };
 
 struct ConvertOptions {
@@ -35,21 +39,23 @@ struct ConvertOptions {
     std::string pages;   // empty: all
     std::string format;  // empty: by the output's ending
     std::string dither;  // fs or threshold; empty: fs
+    SourceHints hints;   // of a bare stream: IN, or else OUT
     uint32_t dpi = 0;    // 0: what the page has
     bool square = false;
     bool force = false;
+    std::vector<std::string> notes;  // KEY=TEXT of CALS text records
+    int32_t kFactor = 0;             // of Group 3 2-D; 0: not chosen
 
     // For TIFF; empty or 0: not chosen.
     std::string compression;
     std::string byteOrder;  // ii or mm
-    uint32_t fillOrder = 0;
-    int32_t kFactor = 0;
     bool append = false;
     bool acceptLoss = false;
 };
 
 struct PagesOptions {
     std::vector<std::string> inputs;
+    SourceHints hints;
     std::string output;              // empty: `split` is set
     std::string split;               // a pattern of names, as "page-%03d.tif"
     std::vector<std::string> pages;  // empty: all; one for all inputs, or one for each

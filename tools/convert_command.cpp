@@ -8,13 +8,12 @@
 #include "convert_page.h"
 #include "losses.h"
 #include "messages.h"
+#include "output_choice.h"
 #include "page_list.h"
 #include "vellim/encode.h"
 
 namespace vellim::tool {
 namespace {
-
-constexpr const char* kDefaultFormat = "png";
 
 Outcome Misused(const std::string& text) {
     Say("", kWholeFile, text);
@@ -50,7 +49,7 @@ std::vector<uint32_t> ChoosePages(const PageSource& source, const std::vector<Pa
     auto pages = asWritten ? PagesAsWritten(ranges, source.pageCount, TIFF_MAX_IMAGES, missing)
                            : PagesOf(ranges, source.pageCount, missing);
     if (source.pageCount == 0) {
-        why = "there are no images in it";
+        why = "there are no images in it" + BesideInWords(source);
     } else if (missing != 0) {
         why = "there is no page " + std::to_string(missing) + ": the last one is page " +
               std::to_string(source.pageCount);
@@ -71,8 +70,10 @@ PageRequest RequestOf(const ConvertOptions& options) {
 
 // Each page to a file of its own. No file is begun if one of them is in the way.
 Outcome ConvertToFiles(const ConvertOptions& options, const PageSource& source,
-                       const OutputFormat& format, const std::vector<uint32_t>& pages) {
+                       const OutputFormat& format, const WriteOptions& writing,
+                       const std::vector<uint32_t>& pages) {
     PageRequest request = RequestOf(options);
+    request.writeOptions = writing;
     std::set<std::string> notes;
     request.notes = &notes;
     request.format = &format;
@@ -158,7 +159,7 @@ std::unique_ptr<TiffOutput> BeginTiffFile(const ConvertOptions& options, size_t 
 // or a source that ends in its midst, leaves nothing. What a document can't give whole isn't
 // replaced by what came of it, unless that was agreed to.
 Outcome ConvertToTiff(const ConvertOptions& options, const PageSource& source,
-                      const std::vector<uint32_t>& pages) {
+                      const WriteOptions& writing, const std::vector<uint32_t>& pages) {
     std::string why;
     const std::string name = options.output == "-" ? "standard output" : options.output;
     const auto output = BeginTiffFile(options, pages.size(), why);
@@ -169,7 +170,7 @@ Outcome ConvertToTiff(const ConvertOptions& options, const PageSource& source,
     request.notes = &notes;
     request.keepsPageNumbers = IsWholeDocument(options, source, pages);
     request.tiffOptions.compression = FindTiffCompression(options.compression);
-    if (options.fillOrder != 0) request.tiffOptions.fillOrder = options.fillOrder;
+    request.tiffOptions.fillOrder = writing.fillOrder;
 
     Outcome outcome = Outcome::Well;
     size_t written = 0;
@@ -192,25 +193,6 @@ Outcome ConvertToTiff(const ConvertOptions& options, const PageSource& source,
     return outcome == Outcome::Well ? outcome : Outcome::Damaged;
 }
 
-const OutputFormat* ChooseFormat(const ConvertOptions& options) {
-    if (!options.format.empty()) return FindFormat(options.format);
-    return options.output == "-" ? FindFormat(kDefaultFormat) : FormatOfPath(options.output);
-}
-
-// What doesn't go together, in words; empty if all does.
-std::string Misuse(const ConvertOptions& options, const OutputFormat& format) {
-    const bool tiffOnly = !options.compression.empty() || !options.byteOrder.empty() ||
-                          options.fillOrder != 0 || options.kFactor != 0 || options.append;
-    if (tiffOnly && !IsTiff(format)) {
-        return "--compression, --byte-order, --fill-order, --k and --append are for TIFF files";
-    }
-    if (options.kFactor != 0 && options.compression != "g3-2d") {
-        return "--k is for --compression g3-2d";
-    }
-    if (options.append && options.force) return "--append and --force exclude one another";
-    return {};
-}
-
 }  // namespace
 
 Outcome RunConvert(const ConvertOptions& options) {
@@ -220,25 +202,26 @@ Outcome RunConvert(const ConvertOptions& options) {
                        Place(options.format.empty() ? options.output : options.format, kWholeFile) +
                        "\"; served are " + FormatNames());
     }
-    const std::string misuse = Misuse(options, *format);
-    if (!misuse.empty()) return Misused(misuse);
+    std::string why;
+    auto writing = ChooseWriting(options, *format, why);
+    if (!writing) return Misused(why);
     const bool toTiff = IsTiff(*format);
     const auto ranges = ParsePageList(options.pages.empty() ? "1-" : options.pages,
                                       toTiff ? Direction::Both : Direction::Forwards);
     if (!ranges) return Misused("--pages takes a list such as 1-3,7 or 5-");
     if (options.kFactor != 0) SetKfactor(options.kFactor);
 
-    std::string why;
-    const auto source = OpenPageSource(options.input, why);
+    const auto source = OpenPageSource(options.input, options.hints, why);
     if (!source) return Fail(options.input, why);
+    if (!ChooseCoding(options, *format, *source, *writing, why)) return Misused(why);
     const auto pages = ChoosePages(*source, *ranges, toTiff, why);
     if (pages.empty()) return Fail(options.input, why);
     if (options.output == "-" && pages.size() > 1 && !format->chains) {
         return Misused("only one page can go to standard output as " + std::string(format->name) +
                        "; choose it with --pages");
     }
-    Outcome outcome = toTiff ? ConvertToTiff(options, *source, pages)
-                             : ConvertToFiles(options, *source, *format, pages);
+    Outcome outcome = toTiff ? ConvertToTiff(options, *source, *writing, pages)
+                             : ConvertToFiles(options, *source, *format, *writing, pages);
     const std::string outOfReach = OutOfReach(*source);
     if (!outOfReach.empty()) {
         Say(options.input, kWholeFile, outOfReach);

@@ -24,6 +24,7 @@ namespace {
 constexpr uint64_t kMostFilledBytes = 4ULL << 30U;
 constexpr double kMetresPerInch = 0.0254;
 constexpr uint32_t kPageNumber = 297;
+constexpr std::string_view kCalsOrientation = "rorient";  // the record's name
 
 struct PageRun {
     const PageRequest* request = nullptr;
@@ -31,6 +32,7 @@ struct PageRun {
     Picture shape;  // what it is to be drawn out to
     std::optional<Resolution> resolution;
     TiffPlan plan;
+    WriteOptions writeOptions;
     std::string failure;  // on the output's side; behind it in time come its users
     std::unique_ptr<OutputFile> output;
     LineSink stages;
@@ -66,7 +68,7 @@ std::optional<LineSink> BeginTiffPage(PageRun& run, const Picture& target) {
 std::optional<LineSink> BeginFile(PageRun& run, const Picture& target) {
     run.output = CreateOutput(run.request->path, run.request->overwrite, run.failure);
     if (!run.output) return {};
-    auto writer = run.request->format->begin(target, *run.output);
+    auto writer = run.request->format->begin(target, run.writeOptions, *run.output);
     if (!writer) run.failure = run.output->failure;
     return writer;
 }
@@ -166,7 +168,7 @@ void SetDotsPerInch(PageRun& run, uint32_t dpi) {
 // A raster file that can't be read to its end is no document with a damaged page in it.
 PageResult Fail(const PageSource& source, const PageRequest& request, const std::string& why) {
     Say(source.name, static_cast<int32_t>(request.page), why);
-    return {Outcome::Failed, false, !source.tiff};
+    return {Outcome::Failed, false, !source.IsDocument()};
 }
 
 PageResult FailOutput(const PageRequest& request, const std::string& why) {
@@ -190,6 +192,7 @@ PageResult Finish(const PageSource& source, PageRun& run, const LinesEnd& end) {
         }
         if (!FillWithWhite(run)) return FailOutput(request, run.failure);
     }
+    if (!damaged && !end.whole) Say(source.name, static_cast<int32_t>(request.page), end.reason);
     if (!FinishOutput(run)) return FailOutput(request, run.failure);
     return {damaged || !end.whole ? Outcome::Damaged : Outcome::Well, true, false};
 }
@@ -201,6 +204,36 @@ void TellNotes(const PageSource& source, const PageRequest& request,
         if (!request.notes->insert(note).second) continue;
         Say(source.name, static_cast<int32_t>(request.page), note);
     }
+}
+
+// A CALS file keeps what another said of the page, as far as nothing else was asked for.
+void CarryRecords(PageRun& run) {
+    std::vector<NamedField>& texts = run.writeOptions.calsTexts;
+    texts.insert(texts.begin(), run.source->calsTexts.begin(), run.source->calsTexts.end());
+    for (const NamedField& field : run.source->fields) {
+        if (field.name == kCalsOrientation) run.writeOptions.calsOrientation = field.value;
+    }
+}
+
+// Settles how the page is written, and adds what the output can't tell of it to `notes`. False,
+// with the reason in `why`, if it can't be written.
+bool PlanOutput(PageRun& run, std::vector<std::string>& notes, std::string& why) {
+    const PageRequest& request = *run.request;
+    const bool keepsTexts = request.format != nullptr && HoldsCalsTexts(*request.format);
+    if (!keepsTexts && !run.source->calsTexts.empty()) {
+        notes.emplace_back("its CALS text records aren't carried over");
+    }
+    if (request.tiff != nullptr) {
+        auto plan = PlanTiffPage(Scaled(run), request.tiffOptions, why);
+        if (!plan) return false;
+        notes.insert(notes.end(), plan->notes.begin(), plan->notes.end());
+        run.plan = std::move(*plan);
+        return true;
+    }
+    run.writeOptions = request.writeOptions;
+    if (keepsTexts) CarryRecords(run);
+    const auto prepare = request.format->prepare;
+    return prepare == nullptr || prepare(Scaled(run), run.writeOptions, notes, why);
 }
 
 }  // namespace
@@ -220,12 +253,9 @@ PageResult ConvertPage(const PageSource& source, const PageRequest& request) {
     run.progress = &progress;
     if (request.square) MakeSquare(source, run);
     if (request.dpi != 0) SetDotsPerInch(run, request.dpi);
-    if (request.tiff != nullptr) {
-        auto plan = PlanTiffPage(Scaled(run), request.tiffOptions, why);
-        if (!plan) return Fail(source, request, why);
-        TellNotes(source, request, plan->notes);
-        run.plan = std::move(*plan);
-    }
+    std::vector<std::string> notes;
+    if (!PlanOutput(run, notes, why)) return Fail(source, request, why);
+    TellNotes(source, request, notes);
     TellNotes(source, request, info.givenUp);
     const LinesEnd end = PushLines(*page, {OnLine, &run});
     return Finish(source, run, end);

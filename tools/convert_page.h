@@ -22,6 +22,7 @@ struct PageRequest {
 
     // To a file of its own:
     const OutputFormat* format = nullptr;
+    WriteOptions writeOptions;
     std::string path;  // "-": standard output
     Overwrite overwrite = Overwrite::Refuse;
 

@@ -7,6 +7,7 @@
 #include "image_facts.h"
 #include "losses.h"
 #include "messages.h"
+#include "page_source.h"
 #include "tag_names.h"
 #include "text.h"
 #include "vellim/failures.h"
@@ -46,9 +47,9 @@ std::string SizeInWords(const ImageFacts& facts) {
     return words;
 }
 
-std::string ResolutionInWords(const ImageFacts& facts) {
-    if (!facts.resolution) return "no resolution";
-    const Resolution& r = *facts.resolution;
+std::string ResolutionInWords(const std::optional<Resolution>& resolution) {
+    if (!resolution) return "no resolution";
+    const Resolution& r = *resolution;
     const bool absolute = r.unit == kInch || r.unit == kCentimetre;
     const uint32_t unit = absolute ? r.unit : uint32_t{kInch};
     return Decimal(DotsPerInch(r.x, unit)) + " x " + Decimal(DotsPerInch(r.y, unit)) +
@@ -76,8 +77,8 @@ std::string StripsInWords(const ImageFacts& facts) {
 }
 
 std::string FactsInWords(const ImageFacts& facts) {
-    std::string words =
-        SizeInWords(facts) + ", " + ResolutionInWords(facts) + ", " + DepthInWords(facts) + ", ";
+    std::string words = SizeInWords(facts) + ", " + ResolutionInWords(facts.resolution) + ", " +
+                        DepthInWords(facts) + ", ";
     words += facts.photometric ? PhotometricName(*facts.photometric) : "no photometric";
     words += ", " + CompressionInWords(facts) + ", " + StripsInWords(facts);
     if (facts.orientation != 1) words += ", orientation " + std::to_string(facts.orientation);
@@ -181,35 +182,112 @@ Outcome TellImage(const Document& document, int32_t image, const InfoOptions& op
     return Outcome::Well;
 }
 
-Outcome TellDocument(const std::string& path, const InfoOptions& options, Json& json) {
+Outcome TellDocument(const Document& document, const InfoOptions& options, Json& json) {
+    TiffFileInfo info = {};
+    GetTiffFileInfo(document.File(), &info);
+    json["byteOrder"] = info.ByteOrder == TIFF_BIG_ENDIAN ? "MM" : "II";
+    json["imageCount"] = document.imageCount;
+    json["chainBroken"] = document.chainBroken;
+    if (document.imageCount == 0 && !options.json) {
+        Print(Place(document.name, kWholeFile) + ": no images");
+    }
+    Outcome outcome = Outcome::Well;
+    Json images = Json::array();
+    for (int32_t image = 0; image < document.imageCount; ++image) {
+        outcome = Worse(outcome, TellImage(document, image, options, images));
+    }
+    json["images"] = std::move(images);
+    const std::string outOfReach = ImagesOutOfReach(document);
+    json["outOfReach"] = outOfReach.empty() ? Json(nullptr) : Json(outOfReach);
+    if (!outOfReach.empty()) {
+        Say(document.name, kWholeFile, outOfReach);
+        outcome = Worse(outcome, Outcome::Damaged);
+    }
+    return outcome;
+}
+
+std::string ColourInWords(const PageInfo& info) {
+    const PixelType& type = info.picture.type;
+    if (type.colour == Colour::Palette) return "palette";
+    if (type.colour == Colour::Rgb) return "RGB";
+    return info.whiteIsZero ? "white is zero" : "black is zero";
+}
+
+// A page of no TIFF file: a line, and a line for each field of its header.
+void PrintPage(const PageSource& source, int32_t image, const PageInfo& info) {
+    const Picture& picture = info.picture;
+    std::string words = std::to_string(picture.width) + " x " + std::to_string(picture.height) +
+                        ", " + ResolutionInWords(info.resolution) + ", " +
+                        std::to_string(picture.type.bits) +
+                        (picture.type.bits == 1 ? " bit, " : " bits, ") + ColourInWords(info) +
+                        ", " + std::string(source.Kind());
+    if (!info.storage.empty()) words += ", " + info.storage;
+    Print(Place(source.name, image) + ": " + words);
+    for (const NamedField& field : info.fields)
+        Print("  " + Printable(field.name) + ": " + Printable(field.value));
+}
+
+Json JsonOfPage(int32_t image, const PageInfo& info) {
+    Json fields = Json::array();
+    for (const NamedField& field : info.fields)
+        fields.push_back({{"name", ToUtf8(field.name)}, {"value", ToUtf8(field.value)}});
+    return {{"image", image + 1},
+            {"width", info.picture.width},
+            {"height", info.picture.height},
+            {"resolution", info.resolution ? JsonOfResolution(*info.resolution) : Json(nullptr)},
+            {"bitsPerPixel", info.picture.type.bits},
+            {"colour", ColourInWords(info)},
+            {"storage", info.storage.empty() ? Json(nullptr) : Json(info.storage)},
+            {"fields", std::move(fields)}};
+}
+
+Outcome TellPage(const PageSource& source, uint32_t number, const InfoOptions& options,
+                 Json& images) {
+    const auto image = static_cast<int32_t>(number);
+    std::string why;
+    const OwnedPage page = OpenPage(source, number, why);
+    if (!page) {
+        Say(source.name, image, why);
+        images.push_back({{"image", image + 1}, {"error", {{"message", why}}}});
+        return Outcome::Failed;
+    }
+    if (options.json) {
+        images.push_back(JsonOfPage(image, InfoOf(*page)));
+    } else {
+        PrintPage(source, image, InfoOf(*page));
+    }
+    return Outcome::Well;
+}
+
+Outcome TellPages(const PageSource& source, const InfoOptions& options, Json& json) {
+    json["imageCount"] = source.pageCount;
+    json["beside"] = source.beside;
+    const std::string beside = BesideInWords(source);
+    if (!options.json && (source.pageCount == 0 || !beside.empty())) {
+        const std::string count = source.pageCount == 0 ? "no" : std::to_string(source.pageCount);
+        Print(Place(source.name, kWholeFile) + ": " + count +
+              (source.pageCount == 1 ? " image" : " images") + beside);
+    }
+    Outcome outcome = Outcome::Well;
+    Json images = Json::array();
+    for (uint32_t page = 0; page < source.pageCount; ++page)
+        outcome = Worse(outcome, TellPage(source, page, options, images));
+    json["images"] = std::move(images);
+    return outcome;
+}
+
+Outcome TellFile(const std::string& path, const InfoOptions& options, Json& json) {
     std::string why;
     json["file"] = ToUtf8(path);
-    const auto document = OpenDocument(path, why);
-    if (!document) {
+    const auto source = OpenPageSource(path, options.hints, why);
+    if (!source) {
         Say(path, kWholeFile, why);
         json["error"] = why;
         return Outcome::Failed;
     }
-    TiffFileInfo info = {};
-    GetTiffFileInfo(document->File(), &info);
-    json["byteOrder"] = info.ByteOrder == TIFF_BIG_ENDIAN ? "MM" : "II";
-    json["imageCount"] = document->imageCount;
-    json["chainBroken"] = document->chainBroken;
-    if (document->imageCount == 0 && !options.json) Print(Place(path, kWholeFile) + ": no images");
-
-    Outcome outcome = Outcome::Well;
-    Json images = Json::array();
-    for (int32_t image = 0; image < document->imageCount; ++image) {
-        outcome = Worse(outcome, TellImage(*document, image, options, images));
-    }
-    json["images"] = std::move(images);
-    const std::string outOfReach = ImagesOutOfReach(*document);
-    json["outOfReach"] = outOfReach.empty() ? Json(nullptr) : Json(outOfReach);
-    if (!outOfReach.empty()) {
-        Say(path, kWholeFile, outOfReach);
-        outcome = Worse(outcome, Outcome::Damaged);
-    }
-    return outcome;
+    json["kind"] = source->Kind();
+    return source->tiff ? TellDocument(*source->tiff, options, json)
+                        : TellPages(*source, options, json);
 }
 
 }  // namespace
@@ -219,7 +297,7 @@ Outcome RunInfo(const InfoOptions& options) {
     Json files = Json::array();
     for (const std::string& path : options.files) {
         Json file;
-        outcome = Worse(outcome, TellDocument(path, options, file));
+        outcome = Worse(outcome, TellFile(path, options, file));
         if (options.json) files.push_back(std::move(file));
     }
     if (options.json) Print(Json{{"files", std::move(files)}}.dump(kJsonIndent));

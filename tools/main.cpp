@@ -21,11 +21,13 @@ constexpr const char* kAbout = R"(Examples:
   vellim convert fax.tif fax.png          every page: fax-1.png, fax-2.png, ...
   vellim convert --pages 2 fax.tif p.pbm  one page
   vellim convert scan.png fax.tif         a picture as a TIFF file
+  vellim convert plan.tif plan.cal        a drawing as a CALS file
   vellim check *.tif                      decode all and tell what is damaged
   vellim pages a.tif b.tif -o both.tif    pages put together, data as it is stored
   vellim tag fax.tif set Artist "J. Doe"  a tag changed
 
-vellim reads scanned documents and faxes in TIFF files.
+vellim reads scanned documents and faxes: TIFF, CALS, IOCA and MO:DCA files, and bare
+streams of fax code.
 )";
 
 constexpr const char* kExitCodes = R"(A FILE of "-" is standard input. Pages count from 1.
@@ -42,10 +44,12 @@ constexpr const char* kAboutInfo = R"(Examples:
   vellim info fax.tif
   vellim info --tags fax.tif
   vellim info --json a.tif b.tif
+  vellim info plan.cal scan.ica report.afp
   curl -s https://example.org/fax.tif | vellim info -
 
-Tells what is in TIFF files: size, resolution, depth, colour, compression, strips
-and title, on a line an image; with --json all there is to know, tags included.
+Tells what is in files: of TIFF size, resolution, depth, colour, compression, strips and
+title, on a line an image; of the other kinds what stands in their headers too (the
+records of CALS, the fields of IOCA and MO:DCA). With --json all there is to know.
 )";
 
 constexpr const char* kAboutConvert = R"(Examples:
@@ -56,10 +60,15 @@ constexpr const char* kAboutConvert = R"(Examples:
   vellim convert scan.png scan.tif            colours with LZW, black and white as Group 4
   vellim convert photo.bmp f.tif --compression g4 --dpi 204
   vellim convert more.png doc.tif --append    behind the pages that are there
+  vellim convert plan.tif plan.cal --note "figid=F 17"
+  vellim convert fax.g3 fax.tif --width 2432  a bare stream of long lines
 
-Reads TIFF, PNG, BMP (not compressed) and PNM files, told by their content, and writes
-PNG, BMP, PBM, PGM, PPM or TIFF by the ending of OUT. TIFF takes all pages into one
-file; else several pages go to numbered files, and a single page keeps the name.
+Reads TIFF, CALS, IOCA, MO:DCA, PNG, BMP (not compressed) and PNM files, told by their
+content, and bare streams, told by the ending g3, fax, g4 or mmr or by what is said of
+them. Writes by the ending of OUT: TIFF (tif, tiff), CALS (cal, cals, ct1, mil), IOCA
+(ica, ioca), MO:DCA (mda, modca, afp), PNG, BMP, PBM, PGM, PPM, or a bare stream (g3,
+fax, g4, mmr). TIFF takes all pages into one file; else several pages go to numbered
+files, and a single page keeps the name.
 
 A TIFF page is compressed as suits it, unless --compression chooses: black and white
 with g4, greys of 8 bits and RGB with lzw-diff, the rest with lzw. The CCITT
@@ -69,10 +78,16 @@ half of white becomes white, which is best for clean text. PGM makes colours gre
 page of unknown resolution gets none, unless --dpi gives one. Titles, dates and the
 like go from TIFF to TIFF.
 
+CALS, IOCA, MO:DCA and bare streams are black and white too. CALS states 200 dots an
+inch where nothing is known; its text records go from CALS to CALS, and --note sets one,
+or with no TEXT takes it out. A bare stream is nothing but code, so that its size has to
+be kept elsewhere: --coding, --width, --height and --fill-order say what IN is where IN
+is one; else --coding and --fill-order say what OUT becomes (g3 and fax: g3-eol).
+
 A file that is there stays, unless --force or --append is given, and a new one takes its
-name only when it is whole. Of a damaged TIFF page the lines that came are kept, the rest
-is white; a damaged file of the other kinds is refused. A page that gives nothing is left
-out, which is told. If OUT is IN, a TIFF file that can't be read whole is replaced with
+name only when it is whole. Of a damaged page the lines that came are kept, the rest is
+white; a damaged PNG, BMP or PNM file is refused. A page that gives nothing is left out,
+which is told. If OUT is IN, a TIFF file that can't be read whole is replaced with
 --accept-loss alone.
 
 In TIFF, pages have the order of the LIST, and come as often as it names them; numbered
@@ -83,7 +98,7 @@ laid on white: that is told once a run.
 
 constexpr const char* kAboutCheck = R"(Examples:
   vellim check fax.tif
-  vellim check archive/*.tif
+  vellim check archive/*
 
 Decodes every image to its end and tells how many of its lines came, and why the
 others didn't.
@@ -101,7 +116,8 @@ Copies pages with all their tags and their data as it is stored, which costs no
 quality. A LIST keeps the order in which it is written; a page may come twice and a
 range may run backwards. Given once, it applies to every IN. With --split, %d is the
 page's number, counted on from file to file. A new file has the byte order of the
-first IN.
+first IN. Pages of CALS, IOCA and MO:DCA files and of bare streams are decoded and stored
+as suits them, black and white with Group 4.
 
 Directories that a tag points to (Exif data, sub-images) and images behind a broken
 chain or the thousandth can't be copied: nothing is written, unless --accept-loss is
@@ -138,11 +154,31 @@ CLI::App* AddCommand(CLI::App& app, const char* name, const char* line, const ch
     return command;
 }
 
+// What a bare stream can't tell.
+void AddStreamOptions(CLI::App& command, SourceHints& hints) {
+    constexpr uint32_t kMostPixels = 1U << 20U;
+    constexpr uint32_t kMostLines = 1U << 24U;
+    command.add_option("--width", hints.width, "Pixels a line of a bare stream (found out)")
+        ->check(CLI::Range(1U, kMostPixels));
+    command.add_option("--height", hints.height, "Lines of a bare stream (as many as come)")
+        ->check(CLI::Range(1U, kMostLines));
+    command
+        .add_option_function<std::string>(
+            "--coding", [&hints](const std::string& name) { hints.coding = FindFaxCoding(name); },
+            "How a bare stream is coded: g3 (no EOL), g3-eol, g3-2d, g4, mmr (found out)")
+        ->check(CLI::IsMember({"g3", "g3-eol", "g3-2d", "g4", "mmr"}));
+    command
+        .add_option("--fill-order", hints.fillOrder,
+                    "2: the leftmost pixel of a bare stream is in the low bit (found out)")
+        ->check(CLI::Range(1, 2));
+}
+
 CLI::App* AddInfo(CLI::App& app, InfoOptions& options) {
-    CLI::App* command = AddCommand(app, "info", "Tell what is in TIFF files", kAboutInfo);
-    command->add_option("FILE", options.files, "TIFF files, or - for standard input")->required();
+    CLI::App* command = AddCommand(app, "info", "Tell what is in files", kAboutInfo);
+    command->add_option("FILE", options.files, "The files, or - for standard input")->required();
     command->add_flag("--json", options.json, "Print JSON, with every tag");
     command->add_flag("--tags", options.tags, "List every tag with its type, count and value");
+    AddStreamOptions(*command, options.hints);
     return command;
 }
 
@@ -159,10 +195,6 @@ void AddTiffOptions(CLI::App& command, ConvertOptions& options) {
                     "ii or mm (TIFF; ii, or that of the file appended to)")
         ->check(CLI::IsMember({"ii", "mm"}, CLI::ignore_case));
     command
-        .add_option("--fill-order", options.fillOrder,
-                    "2 stores the leftmost pixel in the low bit (TIFF, black and white; 1)")
-        ->check(CLI::Range(1, 2));
-    command
         .add_option("--k", options.kFactor, "With g3-2d, code every Nth line by itself, from 2 (2)")
         ->check(CLI::Range(2, kMostK));
 }
@@ -170,15 +202,14 @@ void AddTiffOptions(CLI::App& command, ConvertOptions& options) {
 CLI::App* AddConvert(CLI::App& app, ConvertOptions& options) {
     constexpr uint32_t kMostDotsPerInch = 65535;
     CLI::App* command =
-        AddCommand(app, "convert", "Write pages as TIFF, PNG, BMP, PBM, PGM or PPM", kAboutConvert);
-    command
-        ->add_option("IN", options.input, "A TIFF, PNG, BMP or PNM file, or - for standard input")
+        AddCommand(app, "convert", "Write pages as TIFF, CALS, PNG and more", kAboutConvert);
+    command->add_option("IN", options.input, "The file to read, or - for standard input")
         ->required();
     command->add_option("OUT", options.output, "The file to write, or - for standard output")
         ->required();
     command->add_option("--pages", options.pages, "Pages to convert, such as 1-3,7 or 5- (all)");
     command->add_option("--format", options.format,
-                        "png, bmp, pbm, pgm, ppm or tif, whatever the ending of OUT (for -: png)");
+                        "An ending such as png or cal, whatever that of OUT is (for -: png)");
     command->add_flag("--force", options.force, "Replace files that are there already");
     command->add_flag("--accept-loss", options.acceptLoss,
                       "Replace IN by itself without what can't be read of it (TIFF)");
@@ -190,21 +221,36 @@ CLI::App* AddConvert(CLI::App& app, ConvertOptions& options) {
         ->add_option("--dither", options.dither,
                      "How shades become black and white (fs: Floyd-Steinberg)")
         ->check(CLI::IsMember({"fs", "threshold"}));
+    command
+        ->add_option("--note", options.notes,
+                     "KEY=TEXT of a text record (CALS): srcdocid, dstdocis, txtfileid, figid, "
+                     "scrgph, doccls or notes")
+        ->allow_extra_args(false);
     AddTiffOptions(*command, options);
+    AddStreamOptions(*command, options.hints);
+    command->get_option("--coding")
+        ->description(
+            "How a bare IN (found out), or else OUT, is coded: g3 (no EOL), g3-eol, g3-2d, g4, "
+            "mmr");
+    command->get_option("--fill-order")
+        ->description(
+            "2: the leftmost pixel is in the low bit of a bare IN (found out), or else of OUT "
+            "(TIFF and bare, black and white)");
     return command;
 }
 
 CLI::App* AddCheck(CLI::App& app, CheckOptions& options) {
     CLI::App* command =
         AddCommand(app, "check", "Decode everything and tell what is damaged", kAboutCheck);
-    command->add_option("FILE", options.files, "TIFF files, or - for standard input")->required();
+    command->add_option("FILE", options.files, "The files, or - for standard input")->required();
+    AddStreamOptions(*command, options.hints);
     return command;
 }
 
 CLI::App* AddPages(CLI::App& app, PagesOptions& options) {
     CLI::App* command =
         AddCommand(app, "pages", "Put together, take out, reorder and split pages", kAboutPages);
-    command->add_option("IN", options.inputs, "TIFF files, or - for standard input")->required();
+    command->add_option("IN", options.inputs, "The files, or - for standard input")->required();
     command->add_option("-o,--output", options.output, "The file to write");
     command->add_option("--split", options.split, "Names of a file for each page, with %d or %03d");
     command->add_option("--pages", options.pages, "Pages to copy, such as 3,1-2,9-7 or 5- (all)")
@@ -212,6 +258,7 @@ CLI::App* AddPages(CLI::App& app, PagesOptions& options) {
     command->add_flag("--append", options.append, "Keep the pages that the file has already");
     command->add_flag("--force", options.force, "Replace files that are there already");
     command->add_flag("--accept-loss", options.acceptLoss, "Leave behind what can't be copied");
+    AddStreamOptions(*command, options.hints);
     return command;
 }
 

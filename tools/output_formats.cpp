@@ -21,7 +21,7 @@ PixelType AsRgb(PixelType /*type*/) {
     return kRgb;
 }
 
-constexpr std::array<OutputFormat, 7> kFormats = {{
+constexpr std::array<OutputFormat, 20> kFormats = {{
     {"png", false, AsItIs, BeginPng},
     {"bmp", false, AsItIs, BeginBmp},
     {"pbm", true, AsBilevel, BeginPnm},
@@ -29,6 +29,19 @@ constexpr std::array<OutputFormat, 7> kFormats = {{
     {"ppm", true, AsRgb, BeginPnm},
     {"tif", true, nullptr, nullptr},
     {"tiff", true, nullptr, nullptr},
+    {"cal", false, AsBilevel, BeginCals, PrepareCals},
+    {"cals", false, AsBilevel, BeginCals, PrepareCals},
+    {"ct1", false, AsBilevel, BeginCals, PrepareCals},
+    {"mil", false, AsBilevel, BeginCals, PrepareCals},
+    {"ica", false, AsBilevel, BeginIoca, PrepareWrapped},
+    {"ioca", false, AsBilevel, BeginIoca, PrepareWrapped},
+    {"mda", false, AsBilevel, BeginModca, PrepareWrapped},
+    {"modca", false, AsBilevel, BeginModca, PrepareWrapped},
+    {"afp", false, AsBilevel, BeginModca, PrepareWrapped},
+    {"g3", false, AsBilevel, BeginBare, PrepareBare, FaxCoding::G3Eol},
+    {"fax", false, AsBilevel, BeginBare, PrepareBare, FaxCoding::G3Eol},
+    {"g4", false, AsBilevel, BeginBare, PrepareBare, FaxCoding::G4},
+    {"mmr", false, AsBilevel, BeginBare, PrepareBare, FaxCoding::Mmr},
 }};
 
 bool SameName(std::string_view a, std::string_view b) {
@@ -39,6 +52,10 @@ bool SameName(std::string_view a, std::string_view b) {
 }
 
 }  // namespace
+
+bool HoldsCalsTexts(const OutputFormat& format) {
+    return format.begin == BeginCals;
+}
 
 const OutputFormat* FindFormat(std::string_view name) {
     const auto* const found =

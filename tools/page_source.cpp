@@ -7,10 +7,13 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 
 #include "carried_tags.h"
+#include "coded_page.h"
 #include "messages.h"
 #include "passing_file.h"
 #include "raster_formats.h"
@@ -46,16 +49,14 @@ OwnedDescriptor OpenInput(const std::string& path, std::string& why) {
     return wholeFile ? std::move(descriptor) : SpoolBytes(descriptor.Get(), why);
 }
 
-std::string ReadHead(int descriptor) {
-    std::string head(kHeadBytes, '\0');
-    const ssize_t got = pread(descriptor, head.data(), head.size(), 0);
-    head.resize(static_cast<size_t>(std::max<ssize_t>(got, 0)));
-    return head;
-}
-
-bool IsTiff(std::string_view head) {
+// A file that begins with the byte order alone is a damaged TIFF file, unless there is reason to
+// take it for a bare stream, whose first bytes may be any.
+bool IsTiff(std::string_view head, bool mayBeBare) {
+    using namespace std::string_view_literals;
     const std::string_view mark = head.substr(0, 2);
-    return mark == "II" || mark == "MM";
+    if (mark != "II" && mark != "MM") return false;
+    const std::string_view number = head.substr(2, 2);
+    return !mayBeBare || number == (mark == "II" ? "*\0"sv : "\0*"sv);
 }
 
 bool OpenTiffSource(PageSource& source, std::string& why) {
@@ -65,18 +66,35 @@ bool OpenTiffSource(PageSource& source, std::string& why) {
     return true;
 }
 
+// The ending of a file name, in lower case and without its dot.
+std::string EndingOf(const std::string& path) {
+    std::string ending = std::filesystem::path(path).extension().string();
+    std::transform(ending.begin(), ending.end(), ending.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return ending.empty() ? ending : ending.substr(1);
+}
+
+bool MayBeBare(const PageSource& source) {
+    return source.hints.Any() || IsBareEnding(EndingOf(source.name));
+}
+
 bool OpenRasterSource(PageSource& source, std::string_view head, std::string& why) {
     source.format = RecogniseFormat(head);
-    if (source.format == nullptr) {
-        why = head.empty() ? "it is empty" : "it is no TIFF, PNG, BMP or PNM file";
-        return false;
-    }
     source.pictures = {0};
-    if (source.format->find != nullptr) {
-        source.pictures = source.format->find(source.descriptor.Get());
+    if (source.format != nullptr && source.format->find != nullptr) {
+        source.pictures = source.format->find(source.descriptor.Get(), source.beside);
     }
     source.pageCount = static_cast<uint32_t>(source.pictures.size());
-    return true;
+    if (source.format != nullptr) return true;
+    if (head.empty()) {
+        why = "it is empty";
+        return false;
+    }
+    if (MayBeBare(source)) return true;
+    why =
+        "it is no TIFF, CALS, IOCA, MO:DCA, PNG, BMP or PNM file; for a bare fax stream, tell "
+        "--coding and --width";
+    return false;
 }
 
 bool DescribeTiffPage(SourcePage& page, std::string& why) {
@@ -110,6 +128,7 @@ LinesEnd PushTiffLines(const SourcePage& page, const LineTaker& taker) {
 }
 
 LinesEnd PushRasterLines(const SourcePage& page, const LineTaker& taker) {
+    if (page.raster.push != nullptr) return page.raster.push(page.raster.state.get(), taker);
     std::vector<uint8_t> row(RowBytes(page.info.picture));
     LinesEnd end;
     for (uint32_t y = 0; y < page.info.picture.height; ++y) {
@@ -126,16 +145,34 @@ void PageCloser::operator()(SourcePage* page) const {
     delete page;
 }
 
-std::optional<PageSource> OpenPageSource(const std::string& path, std::string& why) {
+bool PageSource::IsDocument() const {
+    return tiff || format == nullptr || format->document;
+}
+
+std::string_view PageSource::Kind() const {
+    if (tiff) return "TIFF";
+    return format == nullptr ? "bare stream" : format->name;
+}
+
+std::optional<PageSource> OpenPageSource(const std::string& path, const SourceHints& hints,
+                                         std::string& why) {
     PageSource source;
     source.name = path;
+    source.hints = hints;
     source.descriptor = OpenInput(path, why);
     if (!source.descriptor) return {};
     const std::string head = ReadHead(source.descriptor.Get());
-    const bool open =
-        IsTiff(head) ? OpenTiffSource(source, why) : OpenRasterSource(source, head, why);
+    const bool open = IsTiff(head, MayBeBare(source)) ? OpenTiffSource(source, why)
+                                                      : OpenRasterSource(source, head, why);
     if (!open) return {};
     return source;
+}
+
+std::string BesideInWords(const PageSource& source) {
+    std::string words;
+    for (const std::string& kind : source.beside)
+        words += (words.empty() ? "; it holds " : ", ") + kind;
+    return words;
 }
 
 OwnedPage OpenPage(const PageSource& source, uint32_t page, std::string& why) {
@@ -146,7 +183,10 @@ OwnedPage OpenPage(const PageSource& source, uint32_t page, std::string& why) {
         if (!DescribeTiffPage(*opened, why)) return nullptr;
         return opened;
     }
-    auto raster = source.format->open(source.descriptor.Get(), source.pictures[page], why);
+    auto raster =
+        source.format != nullptr
+            ? source.format->open(source.descriptor.Get(), source.pictures[page], why)
+            : OpenBareStream(source.descriptor.Get(), EndingOf(source.name), source.hints, why);
     if (!raster) return nullptr;
     opened->info = raster->info;
     opened->raster = std::move(*raster);

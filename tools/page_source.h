@@ -1,4 +1,5 @@
-// A document to convert: a TIFF file, or one of the raster formats, recognised by its content.
+// A document to read: a TIFF file, or one of the raster formats, recognised by its content; or a
+// bare stream of fax code, recognised by its ending or by what the user tells of it.
 #pragma once
 
 #include <cstdint>
@@ -10,6 +11,7 @@
 #include "document.h"
 #include "image_facts.h"
 #include "picture.h"
+#include "source_hints.h"
 #include "tag_values.h"
 
 namespace vellim::tool {
@@ -23,7 +25,19 @@ struct PageSource {
     std::optional<Document> tiff;          // behind what it reads from
     const RasterFormat* format = nullptr;  // of a raster file
     std::vector<uint64_t> pictures;        // where each begins, in a raster file
+    std::vector<std::string> beside;       // what it holds beside them, in words
+    SourceHints hints;
     uint32_t pageCount = 0;
+
+    // Whether a page that can't be had leaves the others alone.
+    [[nodiscard]] bool IsDocument() const;
+    // "TIFF", "CALS", "bare stream", ...
+    [[nodiscard]] std::string_view Kind() const;
+};
+
+struct NamedField {
+    std::string name;
+    std::string value;
 };
 
 // What conversion gives up, in words.
@@ -40,6 +54,11 @@ struct PageInfo {
     std::optional<Resolution> resolution;
     std::vector<TagValue> carried;     // what a TIFF file tells of a page besides its pixels
     std::vector<std::string> givenUp;  // what there is of it that no output gets
+
+    // Of a page of no TIFF file:
+    std::string storage;                // how it is stored: "Group 4", for people
+    std::vector<NamedField> fields;     // what its header says, as it stands there
+    std::vector<NamedField> calsTexts;  // the text records of a CALS file, without those of "NONE"
 };
 
 // How the lines of a page ended.
@@ -56,7 +75,12 @@ struct LineTaker {
 };
 
 // Opens `path`, or standard input for "-". Nothing, with the reason in `why`, if it can't be.
-std::optional<PageSource> OpenPageSource(const std::string& path, std::string& why);
+std::optional<PageSource> OpenPageSource(const std::string& path, const SourceHints& hints,
+                                         std::string& why);
+
+// "; it holds fonts (9 fields), presentation text (3 fields)", or nothing: what a file has beside
+// its pictures.
+std::string BesideInWords(const PageSource& source);
 
 struct PageCloser {
     void operator()(SourcePage* page) const;

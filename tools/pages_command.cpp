@@ -1,12 +1,6 @@
 // `vellim pages`: images taken out of files, put together, reordered and split, with their data as
 // it is stored.
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <cstring>
 #include <deque>
 #include <filesystem>
 #include <set>
@@ -18,7 +12,8 @@
 #include "output_formats.h"
 #include "page_copy.h"
 #include "page_list.h"
-#include "raster_formats.h"
+#include "page_source.h"
+#include "page_transfer.h"
 #include "split_names.h"
 #include "tiff_output.h"
 #include "vellim/failures.h"
@@ -36,8 +31,10 @@ using Ranges = std::vector<PageRange>;
 struct Job {
     std::vector<Ranges> lists;       // one for all inputs, or one for each
     std::deque<Document> documents;  // which stay in place
+    std::deque<TransferredPages> transferred;
     std::vector<Page> pages;
-    bool outOfReach = false;  // images that were asked for can't be reached
+    Outcome outcome = Outcome::Well;  // of what was transferred
+    bool outOfReach = false;          // images that were asked for can't be reached
 };
 
 Outcome Misused(const std::string& text) {
@@ -55,54 +52,91 @@ bool IsOpenEnded(const Ranges& ranges) {
                        [](const PageRange& range) { return range.last == UINT32_MAX; });
 }
 
-// Adds the pages that `ranges` name in the last document. False, and told, if there is no such
-// page.
-bool AddPages(const Ranges& ranges, uint32_t firstNumber, size_t most, Job& job) {
-    const Document& document = job.documents.back();
-    const auto count = static_cast<uint32_t>(document.imageCount);
+// The pages that `ranges` name in a file of `count` pages, counted from 1. None, and told, if there
+// is no such page, or if they would make the job larger than `most`.
+std::vector<uint32_t> ChoosePages(const std::string& name, uint32_t count, const Ranges& ranges,
+                                  size_t most, const Job& job) {
     uint32_t missing = 0;
-    const auto pages = PagesAsWritten(ranges, count, most, missing);
+    auto pages = PagesAsWritten(ranges, count, most, missing);
     if (count == 0 || missing != 0) {
-        Say(document.name, kWholeFile,
+        Say(name, kWholeFile,
             count == 0 ? "there are no images in it"
                        : "there is no page " + std::to_string(missing) + ": the last one is page " +
                              std::to_string(count));
-        return false;
+        return {};
     }
-    for (const uint32_t page : pages) {
-        job.pages.push_back(
-            {&document, static_cast<int32_t>(page) - 1, firstNumber + page - 1, {}});
-    }
-    if (job.pages.size() <= most) return true;
+    if (job.pages.size() + pages.size() <= most) return pages;
     Say("", kWholeFile,
         "these are more than " + InWords(most) +
             (most == TIFF_MAX_IMAGES ? ", and a file holds no more" : ""));
-    return false;
+    return {};
 }
 
-// The library copies from files alone, so that what comes from a stream is put into one first.
-std::optional<Document> OpenSource(const std::string& path, std::string& why) {
-    if (!IsPlace(path)) return OpenDocument(path, why);
-    const OwnedDescriptor stream(path == "-" ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
-                                             : open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!stream) {
-        why = std::strerror(errno);
-        return {};
+// Adds pages of a TIFF file, whose data is copied as it is stored. False, and told, if they can't
+// be had.
+bool AddImages(Document document, const Ranges& ranges, uint32_t firstNumber, size_t most,
+               Job& job) {
+    const auto count = static_cast<uint32_t>(document.imageCount);
+    const auto pages = ChoosePages(document.name, count, ranges, most, job);
+    if (pages.empty()) return false;
+    const Document& kept = job.documents.emplace_back(std::move(document));
+    for (const uint32_t page : pages)
+        job.pages.push_back({&kept, static_cast<int32_t>(page) - 1, firstNumber + page - 1, {}});
+    if (!IsOpenEnded(ranges)) return true;
+    const std::string outOfReach = ImagesOutOfReach(kept);
+    if (!outOfReach.empty()) Say(kept.name, kWholeFile, outOfReach);
+    job.outOfReach = job.outOfReach || !outOfReach.empty();
+    return true;
+}
+
+// Adds pages of a file of another kind, which are coded anew. False, and told, if they can't be
+// had.
+bool AddTransferred(const PageSource& source, const Ranges& ranges, uint32_t firstNumber,
+                    size_t most, Job& job) {
+    const auto pages = ChoosePages(source.name, source.pageCount, ranges,
+                                   std::min(most, size_t{TIFF_MAX_IMAGES}), job);
+    if (pages.empty()) return false;
+    auto transferred = TransferPages(source, pages);
+    if (!transferred) return false;
+    job.outcome = Worse(job.outcome, transferred->outcome);
+    const Document& kept = job.transferred.emplace_back(std::move(*transferred)).document;
+    for (size_t i = 0; i < pages.size(); ++i)
+        job.pages.push_back({&kept, static_cast<int32_t>(i), firstNumber + pages[i] - 1, {}});
+    return true;
+}
+
+// The library copies from files alone, by their names where they have any.
+std::optional<Document> OpenForCopy(PageSource source, std::string& why) {
+    auto document = IsPlace(source.name) ? std::move(source.tiff) : OpenDocument(source.name, why);
+    if (!document || !document->block) return document;
+    why = "its pages can't be copied without /proc";
+    return {};
+}
+
+uint32_t Fail(const std::string& path, const std::string& why) {
+    Say(path, kWholeFile, why);
+    return 0;
+}
+
+// Adds the pages that `ranges` name of a file, and gives the number that it has: 0 if that failed,
+// which is told.
+uint32_t AddPages(const std::string& path, const SourceHints& hints, const Ranges& ranges,
+                  uint32_t firstNumber, size_t most, Job& job) {
+    std::string why;
+    auto source = OpenPageSource(path, hints, why);
+    if (!source) return Fail(path, why);
+    const uint32_t count = source->pageCount;
+    if (source->tiff) {
+        auto document = OpenForCopy(std::move(*source), why);
+        if (!document) return Fail(path, why);
+        return AddImages(std::move(*document), ranges, firstNumber, most, job) ? count : 0;
     }
-    OwnedDescriptor file = SpoolBytes(stream.Get(), why);
-    if (!file) return {};
-    return OpenDocument(path, std::move(file), why);
-}
-
-// "PNG" and the like, for a file that is a picture of another kind; empty if it isn't.
-std::string_view PictureFormatOf(const std::string& path) {
-    if (IsPlace(path)) return {};
-    const OwnedDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    std::array<char, kHeadBytes> head{};
-    const ssize_t got = file ? read(file.Get(), head.data(), head.size()) : 0;
-    if (got <= 0) return {};
-    const RasterFormat* format = RecogniseFormat({head.data(), static_cast<size_t>(got)});
-    return format == nullptr ? std::string_view() : format->name;
+    if (count == 0) return Fail(path, "there are no images in it" + BesideInWords(*source));
+    if (source->IsDocument()) {
+        return AddTransferred(*source, ranges, firstNumber, most, job) ? count : 0;
+    }
+    return Fail(path, "it is a " + std::string(source->Kind()) +
+                          " file; vellim convert makes a TIFF file of it");
 }
 
 // Opens the inputs and gathers their pages. False, and told, if something is missing.
@@ -110,26 +144,11 @@ bool GatherPages(const PagesOptions& options, size_t most, Job& job) {
     SetHandleCount(static_cast<int32_t>(options.inputs.size() + kSpareFiles));
     uint32_t number = 1;
     for (size_t i = 0; i < options.inputs.size(); ++i) {
-        std::string why;
-        auto document = OpenSource(options.inputs[i], why);
-        if (document && document->block) why = "its pages can't be copied without /proc";
-        if (!document || document->block) {
-            const std::string_view picture = document ? "" : PictureFormatOf(options.inputs[i]);
-            if (!picture.empty()) {
-                why = "it is a " + std::string(picture) +
-                      " file; vellim convert makes a TIFF file of it";
-            }
-            Say(options.inputs[i], kWholeFile, why);
-            return false;
-        }
-        job.documents.push_back(std::move(*document));
         const Ranges& ranges = job.lists[job.lists.size() == 1 ? 0 : i];
-        if (!AddPages(ranges, number, most, job)) return false;
-        number += static_cast<uint32_t>(job.documents.back().imageCount);
-        if (!IsOpenEnded(ranges)) continue;
-        const std::string outOfReach = ImagesOutOfReach(job.documents.back());
-        if (!outOfReach.empty()) Say(options.inputs[i], kWholeFile, outOfReach);
-        job.outOfReach = job.outOfReach || !outOfReach.empty();
+        const uint32_t count =
+            AddPages(options.inputs[i], options.hints, ranges, number, most, job);
+        if (count == 0) return false;
+        number += count;
     }
     return true;
 }
@@ -201,7 +220,8 @@ Outcome WriteOne(const PagesOptions& options, Job& job) {
     const Overwrite mode = options.append  ? Overwrite::Append
                            : options.force ? Overwrite::Allow
                                            : Overwrite::Refuse;
-    const uint16_t order = options.append ? uint16_t{0} : ByteOrderOf(job.documents.front().File());
+    const uint16_t order =
+        options.append ? uint16_t{0} : ByteOrderOf(job.pages.front().document->File());
     std::string why;
     const auto output = CreateTiffOutput(options.output, order, mode, why);
     if (!output) {
@@ -226,9 +246,9 @@ Outcome WriteOne(const PagesOptions& options, Job& job) {
 
 // A file that later pages are still to be read from can't be replaced before.
 bool IsInput(const Job& job, const std::string& name) {
-    return std::any_of(job.documents.begin(), job.documents.end(), [&](const Document& document) {
+    return std::any_of(job.pages.begin(), job.pages.end(), [&](const Page& page) {
         std::error_code error;
-        return std::filesystem::equivalent(document.name, name, error);
+        return std::filesystem::equivalent(page.document->name, name, error);
     });
 }
 
@@ -315,7 +335,7 @@ Outcome RunPages(const PagesOptions& options) {
         return Outcome::Failed;
     }
     const Outcome outcome = split ? WriteEach(options, *pattern, job) : WriteOne(options, job);
-    return job.outOfReach ? Worse(outcome, Outcome::Damaged) : outcome;
+    return Worse(job.outcome, job.outOfReach ? Worse(outcome, Outcome::Damaged) : outcome);
 }
 
 }  // namespace vellim::tool

@@ -229,16 +229,19 @@ bool CreateScratchFile(PassingFile& file, std::string& why) {
     return false;
 }
 
-OwnedDescriptor SpoolBytes(int descriptor, std::string& why) {
+OwnedDescriptor CreateNamelessFile(std::string& why) {
     std::error_code error;
     const auto folder = std::filesystem::temp_directory_path(error);
-    OwnedDescriptor spool;
-    if (!error) spool.Reset(open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, kPrivateMode));
-    if (!spool) spool.Reset(memfd_create("vellim", MFD_CLOEXEC));
-    if (!spool) {
-        Fail(why);
-        return {};
-    }
+    OwnedDescriptor file;
+    if (!error) file.Reset(open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, kPrivateMode));
+    if (!file) file.Reset(memfd_create("vellim", MFD_CLOEXEC));
+    if (!file) Fail(why);
+    return file;
+}
+
+OwnedDescriptor SpoolBytes(int descriptor, std::string& why) {
+    OwnedDescriptor spool = CreateNamelessFile(why);
+    if (!spool) return {};
     if (!CopyRest(descriptor, spool.Get(), why)) return {};
     return spool;
 }

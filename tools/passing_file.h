@@ -53,8 +53,12 @@ bool CreatePassingFile(const std::string& path, Overwrite mode, PassingFile& fil
 // Creates a passing file in the folder for temporary files, which never gets another name.
 bool CreateScratchFile(PassingFile& file, std::string& why);
 
-// A file without a name that holds what comes from `descriptor`: on disk, or in memory where no
-// folder takes it. Nothing, with the reason in `why`, if it can't be written.
+// A file without a name, for reading and writing: on disk, or in memory where no folder takes it.
+// Nothing, with the reason in `why`, if there can be none.
+OwnedDescriptor CreateNamelessFile(std::string& why);
+
+// Such a file that holds what comes from `descriptor`. Nothing, with the reason in `why`, if it
+// can't be written.
 OwnedDescriptor SpoolBytes(int descriptor, std::string& why);
 
 // Copies all bytes of `from`, from its start, to where `to` stands. False with the reason in `why`.

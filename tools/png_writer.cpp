@@ -109,7 +109,8 @@ bool FinishFile(PngWriter& w) {
 
 }  // namespace
 
-std::optional<LineSink> BeginPng(const Picture& picture, OutputFile& output) {
+std::optional<LineSink> BeginPng(const Picture& picture, const WriteOptions& /*options*/,
+                                 OutputFile& output) {
     auto w = std::make_unique<PngWriter>();
     w->output = &output;
     w->png = png_create_write_struct(PNG_LIBPNG_VER_STRING, w.get(), OnError, OnWarning);

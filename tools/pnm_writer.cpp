@@ -26,7 +26,8 @@ bool FinishFile(PnmWriter& /*w*/) {
 
 }  // namespace
 
-std::optional<LineSink> BeginPnm(const Picture& picture, OutputFile& output) {
+std::optional<LineSink> BeginPnm(const Picture& picture, const WriteOptions& /*options*/,
+                                 OutputFile& output) {
     auto w = std::make_unique<PnmWriter>();
     w->output = &output;
     w->bilevel = picture.type == kBilevel;

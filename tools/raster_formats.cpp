@@ -1,6 +1,8 @@
 // The table of raster formats, and what they have in common.
 #include "raster_formats.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -27,10 +29,13 @@ bool IsPnm(std::string_view head) {
            kBehindMagic.find(head[2]) != std::string_view::npos;
 }
 
-constexpr std::array<RasterFormat, 3> kFormats = {{
-    {"PNG", IsPng, nullptr, OpenPng},
-    {"BMP", IsBmp, nullptr, OpenBmp},
-    {"PNM", IsPnm, FindPnmPictures, OpenPnm},
+constexpr std::array<RasterFormat, 6> kFormats = {{
+    {"PNG", IsPng, false, nullptr, OpenPng},
+    {"BMP", IsBmp, false, nullptr, OpenBmp},
+    {"PNM", IsPnm, false, FindPnmPictures, OpenPnm},
+    {"CALS", IsCals, true, nullptr, OpenCals},
+    {"IOCA", IsIoca, true, FindIocaImages, OpenIoca},
+    {"MO:DCA", IsModca, true, FindModcaImages, OpenModca},
 }};
 
 // Above this a resolution is none, and its fraction would leave 32 bits.
@@ -50,6 +55,13 @@ bool IsGrey(const RGBQUAD& quad, uint32_t value) {
 }
 
 }  // namespace
+
+std::string ReadHead(int descriptor) {
+    std::string head(kHeadBytes, '\0');
+    const ssize_t got = pread(descriptor, head.data(), head.size(), 0);
+    head.resize(static_cast<size_t>(std::max<ssize_t>(got, 0)));
+    return head;
+}
 
 const RasterFormat* RecogniseFormat(std::string_view head) {
     const auto* const found =

@@ -11,12 +11,14 @@
 
 namespace vellim::tool {
 
-// A picture of which the lines can be asked for, one after the other.
+// A picture that gives its lines in one of two ways.
 struct RasterPage {
     PageInfo info;
     std::unique_ptr<void, void (*)(void*)> state{nullptr, nullptr};
     // The next line, of RowBytes bytes. False, with the reason in `why`, if there is none.
     bool (*next)(void* state, uint8_t* row, std::string& why) = nullptr;
+    // Or: all lines, from the top.
+    LinesEnd (*push)(void* state, const LineTaker& taker) = nullptr;
 };
 
 template <auto next, typename State>
@@ -30,17 +32,33 @@ RasterPage MakeRasterPage(PageInfo info, std::unique_ptr<State> state) {
     return page;
 }
 
+template <auto push, typename State>
+RasterPage MakePushingPage(PageInfo info, std::unique_ptr<State> state) {
+    RasterPage page;
+    page.info = std::move(info);
+    page.state = {state.release(), [](void* p) { delete static_cast<State*>(p); }};
+    page.push = [](void* p, const LineTaker& taker) {
+        return push(*static_cast<State*>(p), taker);
+    };
+    return page;
+}
+
 struct RasterFormat {
     std::string_view name;
     bool (*recognises)(std::string_view head);
-    // Where the pictures of a file begin; null: one, at its start.
-    std::vector<uint64_t> (*find)(int descriptor);
+    bool document;  // a picture that can't be had leaves the others alone
+    // Where the pictures of a file begin; null: one, at its start. What it holds beside them goes,
+    // in words, to `beside`.
+    std::vector<uint64_t> (*find)(int descriptor, std::vector<std::string>& beside);
     // The picture that begins at `offset`. Nothing, with the reason in `why`, if it can't be read.
     std::optional<RasterPage> (*open)(int descriptor, uint64_t offset, std::string& why);
 };
 
 // The longest beginning that `recognises` looks at.
-constexpr size_t kHeadBytes = 8;
+constexpr size_t kHeadBytes = 2048;
+
+// The beginning of a file, up to that length.
+std::string ReadHead(int descriptor);
 
 // The format of a file that begins with `head`; null if it is none of these.
 const RasterFormat* RecogniseFormat(std::string_view head);
@@ -59,6 +77,16 @@ void SetPelsPerMetre(PageInfo& info, uint32_t x, uint32_t y, bool absolute);
 std::optional<RasterPage> OpenPng(int descriptor, uint64_t offset, std::string& why);
 std::optional<RasterPage> OpenBmp(int descriptor, uint64_t offset, std::string& why);
 std::optional<RasterPage> OpenPnm(int descriptor, uint64_t offset, std::string& why);
-std::vector<uint64_t> FindPnmPictures(int descriptor);
+std::optional<RasterPage> OpenCals(int descriptor, uint64_t offset, std::string& why);
+std::optional<RasterPage> OpenIoca(int descriptor, uint64_t offset, std::string& why);
+std::optional<RasterPage> OpenModca(int descriptor, uint64_t offset, std::string& why);
+
+std::vector<uint64_t> FindPnmPictures(int descriptor, std::vector<std::string>& beside);
+std::vector<uint64_t> FindIocaImages(int descriptor, std::vector<std::string>& beside);
+std::vector<uint64_t> FindModcaImages(int descriptor, std::vector<std::string>& beside);
+
+bool IsCals(std::string_view head);
+bool IsIoca(std::string_view head);
+bool IsModca(std::string_view head);
 
 }  // namespace vellim::tool

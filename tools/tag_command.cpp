@@ -8,6 +8,7 @@
 #include "document.h"
 #include "losses.h"
 #include "messages.h"
+#include "page_source.h"
 #include "tag_edit.h"
 #include "tag_input.h"
 #include "tag_names.h"
@@ -238,6 +239,14 @@ Outcome Act(const Edited& edited, uint32_t tag, uint32_t type, const TagOptions&
                                    : DeleteTag(edited, edit, options);
 }
 
+// "CALS" and the like, for a file of another kind than TIFF; empty if it isn't.
+std::string OtherKind(const std::string& path) {
+    if (IsPlace(path)) return {};
+    std::string why;
+    const auto source = OpenPageSource(path, {}, why);
+    return source && !source->tiff ? std::string(source->Kind()) : std::string();
+}
+
 }  // namespace
 
 Outcome RunTag(const TagOptions& options) {
@@ -259,6 +268,8 @@ Outcome RunTag(const TagOptions& options) {
     const bool claimed = !edits || IsPlace(options.file) || ClaimForEdit(options.file, claim, why);
     const auto document = claimed ? OpenDocument(options.file, why) : std::nullopt;
     if (document) return Act({*document, claim}, tag, type, options);
+    const std::string kind = OtherKind(options.file);
+    if (!kind.empty()) why = "it is a " + kind + " file, which has no tags";
     Say(options.file, kWholeFile, why);
     return Outcome::Failed;
 }

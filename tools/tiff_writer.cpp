@@ -1,6 +1,3 @@
-// Encoders ask for lines, while decoders and stages give them: the encoder has a thread of its own,
-// and lines reach it through a queue. The failure code belongs to that thread.
-//
 // EncodeTiffImage makes the strips and the directory. Group 3 with EOLs is the exception: its
 // closing codes come behind what a strip counts, so that the data is written here as one run of
 // code, and the strip counts all of it. The coder leaves out its last byte where bits are missing
@@ -10,10 +7,8 @@
 
 #include <algorithm>
 #include <array>
-#include <thread>
 
-#include "line_queue.h"
-#include "messages.h"
+#include "line_encoder.h"
 #include "pixel_format.h"
 #include "vellim/edit.h"
 #include "vellim/encode.h"
@@ -54,7 +49,6 @@ constexpr uint32_t kCompressionMask = 0xFFFF;
 constexpr uint32_t kGroup3 = 3;
 constexpr uint32_t kHorizontalDifferencing = 2;
 constexpr uint32_t kTwoDimensionalOption = 1;
-constexpr uint32_t kMostTwoDimensionalPixels = 33280;
 constexpr uint32_t kMostShort = 65535;
 constexpr uint32_t kStripBytes = 8192;
 constexpr uint32_t kMostStrips = 8191;  // of which the table can be read back
@@ -191,7 +185,7 @@ bool DefineTags(TiffFileHandle file, int32_t image, const TiffPage& page) {
     return tags.good;
 }
 
-// ---- The encoder's thread. ----
+// ---- The encoder. ----
 
 using OwnedFile = Owned<int32_t, -1, &_lclose>;
 
@@ -203,43 +197,30 @@ struct TiffWriter {
     bool invert = false;
     std::string* failure = nullptr;
     std::vector<uint8_t> row;
-    LineQueue queue;
-    std::thread encoder;
-    int32_t code = 0;  // the encoder's, once its thread has ended
+    LineEncoder encoder;
 
     TiffWriter() = default;
     ~TiffWriter() {
-        if (encoder.joinable()) {
-            AbandonLines(queue);
-            encoder.join();
-        }
+        StopEncoder(encoder);
         if (image >= 0) DropTiffImage(output->File(), image);
     }
     TiffWriter(const TiffWriter&) = delete;
     TiffWriter& operator=(const TiffWriter&) = delete;
 };
 
-uint32_t OnLineWanted(uint8_t* line, uint32_t /*lineNumber*/, uintptr_t callbackData) noexcept {
-    auto& w = *reinterpret_cast<TiffWriter*>(callbackData);
-    if (!PullLine(w.queue, line)) return TIFF_IO_ERROR;
-    return TIFF_LINE_GO_ON;
-}
-
-int32_t EncodeImage(TiffWriter& w) {
-    const bool good = EncodeTiffImage(w.output->File(), w.image, reinterpret_cast<uintptr_t>(&w),
-                                      OnLineWanted) != 0;
+int32_t EncodeImage(const TiffWriter& w, uintptr_t lines) {
+    const bool good = EncodeTiffImage(w.output->File(), w.image, lines, OnLineWanted) != 0;
     return good ? 0 : TiffError();
 }
 
-int32_t EncodeWithClosingCodes(TiffWriter& w) {
+int32_t EncodeWithClosingCodes(const TiffWriter& w, uintptr_t lines) {
     const TiffFileHandle tiff = w.output->File();
     OwnedFile file(OpenFile(w.output->Path().c_str(), nullptr, OF_READWRITE));
     const int32_t start = file ? _llseek(file.Get(), 0, SEEK_END) : -1;
     if (start < 0) return TIFF_IO_ERROR;
     if (EncodeCcittImageTo(file.Get(), static_cast<int32_t>(w.width),
                            static_cast<int32_t>(w.height), w.plan.fillOrder, w.output->byteOrder,
-                           SchemeOf(w.plan.compression).key, reinterpret_cast<uintptr_t>(&w),
-                           OnLineWanted) == 0) {
+                           SchemeOf(w.plan.compression).key, lines, OnLineWanted) == 0) {
         return TiffError();
     }
     const int32_t end = _llseek(file.Get(), 0, SEEK_CUR);
@@ -250,36 +231,17 @@ int32_t EncodeWithClosingCodes(TiffWriter& w) {
     return tags.good ? WriteTiffImageDirectory(tiff, w.image) : TiffError();
 }
 
-void RunEncoder(TiffWriter& w) noexcept {
-    w.code = SchemeOf(w.plan.compression).closingCodes ? EncodeWithClosingCodes(w) : EncodeImage(w);
-    if (w.code != 0) AbandonLines(w.queue);
-}
-
-std::string FailureInWriting(int32_t code) {
-    if (code == TIFF_IO_ERROR) {
-        return "it can't be written: the disk is full, or the file would be larger than 2 GB";
-    }
-    return FailureMessage(code);
-}
-
-bool JoinEncoder(TiffWriter& w) {
-    w.encoder.join();
-    if (w.code != 0) *w.failure = FailureInWriting(w.code);
-    return w.code == 0;
-}
-
 bool WriteLine(TiffWriter& w, const uint8_t* row) {
     if (w.invert) {
         std::copy_n(row, w.row.size(), w.row.begin());
         NormaliseLine(w.row.data(), w.width, w.plan.type, true);
         row = w.row.data();
     }
-    return PushLine(w.queue, row) || JoinEncoder(w);
+    return EncodeLine(w.encoder, row, *w.failure);
 }
 
 bool FinishImage(TiffWriter& w) {
-    CompleteLines(w.queue);
-    return JoinEncoder(w);
+    return FinishEncoder(w.encoder, *w.failure);
 }
 
 }  // namespace
@@ -339,12 +301,15 @@ std::optional<LineSink> BeginTiff(const TiffPage& page, TiffOutput& output, std:
     w->failure = &failure;
     w->image = DefineTiffImage(output.File());
     if (w->image < 0 || !DefineTags(output.File(), w->image, page)) {
-        failure = FailureInWriting(TiffError());
+        failure = FailureInEncoding(TiffError());
         return {};
     }
     w->row.resize(RowBytes(page.picture));
-    PrepareQueue(w->queue, w->row.size());
-    w->encoder = std::thread(RunEncoder, std::ref(*w));
+    StartEncoder(w->encoder, w->row.size(), [&writer = *w](uintptr_t lines) {
+        return SchemeOf(writer.plan.compression).closingCodes
+                   ? EncodeWithClosingCodes(writer, lines)
+                   : EncodeImage(writer, lines);
+    });
     return MakeSink<WriteLine, FinishImage>(std::move(w));
 }
 
