@@ -4,6 +4,7 @@
 
 #include "bridge/dib_rows.h"
 #include "cals/density.h"
+#include "codec/line_pair.h"
 #include "container/failure.h"
 #include "container/sizes.h"
 #include "container/streams.h"
@@ -15,7 +16,7 @@ namespace vellim {
 namespace {
 
 constexpr uint32_t kColors = 2;
-constexpr int32_t kMostLinePixels = 33280;  // of two-dimensional coding
+constexpr int32_t kMostLinePixels = kMaxLineBytes * 8;
 constexpr int32_t kDefaultOrientation[] = {90, 270};
 
 bool IsBilevel(const LockedBlock& dib) {

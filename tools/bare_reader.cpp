@@ -7,6 +7,7 @@
 #include <span>
 #include <tuple>
 
+#include "closing_codes.h"
 #include "coded_page.h"
 #include "line_ends.h"
 #include "mmr_blocks.h"
@@ -16,7 +17,6 @@
 namespace vellim::tool {
 namespace {
 
-constexpr size_t kEolZeros = 11;
 constexpr uint32_t kUsualFillOrder = TIFF_FILL_MSB_FIRST;
 constexpr uint32_t kLooks = 64;
 constexpr uint32_t kFewestAgreeing = 2;
@@ -28,6 +28,7 @@ constexpr std::array<uint32_t, 11> kFaxWidths = {864,  1216, 1728, 2048, 2432, 2
                                                  3072, 3456, 3648, 4096, 4864};
 constexpr const char* kNeedsWidth =
     "a bare stream doesn't tell its width; give --width (fax pages have 1728)";
+constexpr const char* kNoMmr = "it doesn't begin with a block of MMR code";
 
 struct Guess {
     FaxCoding coding = FaxCoding::G4;
@@ -88,6 +89,13 @@ std::optional<Fit> FitOf(FaxStream& stream, const Guess& guess, const SourceHint
     return Fit{width == hints.width, steady, usual, share};
 }
 
+// Whether lines agree by chance: few of them, read with bits the wrong way round, can agree on some
+// width. One that contradicts the told width speaks for that.
+bool IsUnlikely(const Guess& guess, const SourceHints& hints) {
+    return hints.width != 0 && guess.width != hints.width && hints.fillOrder == 0 &&
+           guess.fillOrder != kUsualFillOrder;
+}
+
 // Of a stream that begins with an end-of-line code.
 std::optional<Guess> GuessByLines(FaxStream& stream, const std::vector<uint8_t>& head,
                                   const SourceHints& hints) {
@@ -100,7 +108,7 @@ std::optional<Guess> GuessByLines(FaxStream& stream, const std::vector<uint8_t>&
             if (hints.coding.value_or(coding) != coding) continue;
             Guess guess{coding, fillOrder, 0};
             const auto fit = FitOf(stream, guess, hints, guess.width);
-            if (!fit || (best && !IsBetter(*fit, bestFit))) continue;
+            if (!fit || IsUnlikely(guess, hints) || (best && !IsBetter(*fit, bestFit))) continue;
             best = guess;
             bestFit = *fit;
         }
@@ -135,10 +143,9 @@ Guess GuessAll(FaxStream& stream, const std::vector<uint8_t>& head, std::string_
                                              : BeginsWithEol(head, TIFF_FILL_MSB_FIRST) ||
                                                    BeginsWithEol(head, TIFF_FILL_LSB_FIRST);
     if (hints.coding == FaxCoding::Mmr || (!hints.coding && BeginsAsMmr(head, ending)))
-        return {FaxCoding::Mmr, fillOrder, hints.width != 0 ? hints.width : MmrWidth(stream)};
+        return {FaxCoding::Mmr, fillOrder, fillOrder == kUsualFillOrder ? MmrWidth(stream) : 0};
     Guess guess{hints.coding.value_or(CodingOfEnding(ending)), fillOrder, 0};
     if (hints.coding ? HasEols(*hints.coding) : hasEol) guess = GuessWithEols(stream, head, hints);
-    if (hints.width != 0) guess.width = hints.width;
     return guess;
 }
 
@@ -156,14 +163,23 @@ std::optional<RasterPage> OpenBareStream(int descriptor, std::string_view ending
         return {};
     auto stream = OpenFaxStream(page.code, why);
     if (!stream) return {};
-    const Guess guess = GuessAll(*stream, ReadCode(page.code, 0, kHeadBytes), ending, hints);
-    if (guess.width == 0) {
+    const std::vector<uint8_t> head = ReadCode(page.code, 0, kHeadBytes);
+    const Guess guess = GuessAll(*stream, head, ending, hints);
+    page.width = hints.width != 0 ? hints.width : guess.width;
+    const bool isMmr = guess.coding == FaxCoding::Mmr;
+    const bool shortMmr = ending == "mmr" && !hints.coding && head.size() < kMmrHeadBytes;
+    if (shortMmr || (isMmr && !IsMmr(head))) {
+        why = kNoMmr;
+        return {};
+    }
+    if (page.width == 0) {
         why = kNeedsWidth;
         return {};
     }
+    if (guess.width != 0 && guess.width != page.width)
+        page.doubt = "its lines end at " + std::to_string(guess.width) + " pixels";
     page.coding = guess.coding;
     page.fillOrder = guess.fillOrder;
-    page.width = guess.width;
     page.height = hints.height;
     PageInfo info;
     info.storage = FaxCodingInWords(guess.coding);

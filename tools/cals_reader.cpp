@@ -55,22 +55,22 @@ std::vector<NamedField> TextsOf(const std::vector<NamedField>& fields) {
     return texts;
 }
 
-bool HasRecord(std::string& header, const char* key, const char* other) {
-    return FindCALSRecord(header.data(), key) != nullptr ||
-           FindCALSRecord(header.data(), other) != nullptr;
+bool HasRecord(std::string& header, const char* key) {
+    return FindCALSRecord(header.data(), key) != nullptr;
 }
 
 // Why the library has refused a header.
 std::string ReasonOf(std::string header, const CalsInfo& info) {
-    if (!HasRecord(header, "rtype: ", "dtype: "))
+    if (!HasRecord(header, "rtype: ") && !HasRecord(header, "dtype: "))
         return "its header has no rtype record, so that its kind of data isn't known";
     if (info.rtype != 1) {
         return "it is of raster type " + std::to_string(info.rtype) +
                ", which isn't served; type 1 alone is";
     }
-    if (!HasRecord(header, "rorient: ", "rorient: ")) return "its header has no rorient record";
-    if (!HasRecord(header, "rpelcnt: ", "rpelcnt: ")) return "its header has no rpelcnt record";
-    if (!HasRecord(header, "rdensty: ", "rdensity: ")) return "its header has no rdensty record";
+    if (!HasRecord(header, "rorient: ")) return "its header has no rorient record";
+    if (!HasRecord(header, "rpelcnt: ")) return "its header has no rpelcnt record";
+    if (!HasRecord(header, "rdensty: ") && !HasRecord(header, "rdensity: "))
+        return "its header has no rdensty record";
     return "the picture has no pixels";
 }
 

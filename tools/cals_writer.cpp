@@ -24,7 +24,8 @@ namespace {
 // invalid: this is the one that other programs take as well.
 constexpr uint32_t kUsualDensity = 200;
 constexpr int32_t kRasterType = 1;
-constexpr std::array<int32_t, 2> kUpright = {90, 270};
+// Lines run to the right, and follow one another downwards.
+constexpr std::array<int32_t, 2> kUpright = {0, 270};
 constexpr int32_t kFullTurn = 360;
 constexpr std::string_view kBehindKey = ": ";
 

@@ -101,12 +101,14 @@ Outcome CheckFile(const std::string& path, const SourceHints& hints) {
     }
     if (source->tiff) return CheckDocument(*source->tiff);
     if (source->pageCount == 0) {
-        return Report(path, kWholeFile, Outcome::Well, "no images" + BesideInWords(*source));
+        Report(path, kWholeFile, Outcome::Well, NoImagesInWords(*source));
     }
     Outcome outcome = Outcome::Well;
     for (uint32_t page = 0; page < source->pageCount; ++page)
         outcome = Worse(outcome, CheckPage(*source, page));
-    return outcome;
+    const std::string stray = OutOfReach(*source);
+    if (stray.empty()) return outcome;
+    return Worse(outcome, Report(path, kWholeFile, Outcome::Damaged, stray));
 }
 
 }  // namespace

@@ -1,27 +1,36 @@
-// The end-of-line codes that close a page of fax code: return to control (ITU-T T.4 section 4.1.4),
-// and what MMR streams have in its place.
+// The end-of-line codes of a page of fax code (ITU-T T.4 section 4.1.2), and those that close it:
+// return to control (T.4 section 4.1.4), the end-of-facsimile-block of T.6, and what MMR streams
+// have in their place.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
+#include <string>
+
+#include "code_file.h"
+#include "fax_coding.h"
 
 namespace vellim::tool {
 
-enum class EolTag : uint8_t { None, Bit };
+// The zeros of an end-of-line code, of which fill can make more; a 1 is behind them.
+constexpr size_t kEolZeros = 11;
 
-struct ClosingCodes {
-    uint32_t count = 0;
-    size_t firstBit = 0;  // where the first one's own eleven zeros begin
+// What a page's code shows without being decoded, in bits from its start.
+struct PageCodes {
+    uint64_t lines = 0;       // stretches of code between end-of-line codes
+    bool closed = false;      // by closing codes
+    uint64_t closingBit = 0;  // where the first one's own eleven zeros begin
+    uint64_t closedBit = 0;   // behind the last of them
+    uint64_t codeEnd = 0;     // behind the last 1 that is neither in such codes nor a tag
 };
 
-// The codes that stand one after the other at the end of `code`, the first bit of a byte being its
-// highest. Each is at least eleven zeros and a 1, with EolTag::Bit one bit more behind it: a 1, but
-// for the first, whose tag may still speak of a line to come, and for the last, which may be cut.
-ClosingCodes FindClosingCodes(const std::vector<uint8_t>& code, EolTag tag);
+// Looks through `code`, whose bytes have their first bit highest, up to the page's end: such codes
+// one after the other as none stand between lines, or, where only zeros follow, fewer. False, with
+// the reason in `why`, if it can't be read.
+bool FindPageCodes(const CodeFile& code, FaxCoding coding, PageCodes& found, std::string& why);
 
-// How far back from the end they are looked for: six codes, and as much fill as lines of the
-// slowest fax machines had.
-constexpr size_t kClosingBytes = 4096;
+// Leaves out what isn't the page's code. Of the closing codes only those stay without which the
+// last line wouldn't come, or the page's end wouldn't be seen.
+bool CutToPage(CodeFile& code, FaxCoding coding, const PageCodes& found, std::string& why);
 
 }  // namespace vellim::tool

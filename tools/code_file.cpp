@@ -93,4 +93,34 @@ std::vector<uint8_t> ReadCode(const CodeFile& code, uint64_t offset, size_t coun
     return bytes;
 }
 
+uint8_t Mirrored(uint8_t byte) {
+    uint32_t mirrored = 0;
+    for (uint32_t i = 0; i < 8; ++i)
+        mirrored |= (byte >> i & 1U) << (7 - i);
+    return static_cast<uint8_t>(mirrored);
+}
+
+bool MirrorCode(CodeFile& code, std::string& why) {
+    for (uint64_t at = 0; at < code.size; at += kCopyBytes) {
+        std::vector<uint8_t> bytes = ReadCode(code, at, kCopyBytes);
+        std::transform(bytes.begin(), bytes.end(), bytes.begin(), Mirrored);
+        if (!ReplaceCode(code, at, bytes.data(), bytes.size(), why)) return false;
+    }
+    return true;
+}
+
+uint64_t BytesBehind(const CodeFile& code, uint64_t offset) {
+    constexpr uint64_t kWordRest = 3;
+    const uint64_t paddingAt = offset + kWordRest;
+    const std::vector<uint8_t> value = ReadCode(code, paddingAt, 1);
+    if (value.empty()) return 0;
+    for (uint64_t at = paddingAt; at < code.size; at += kCopyBytes) {
+        const std::vector<uint8_t> bytes = ReadCode(code, at, kCopyBytes);
+        const bool same = std::all_of(bytes.begin(), bytes.end(),
+                                      [&value](uint8_t byte) { return byte == value.front(); });
+        if (!same) return code.size - offset;
+    }
+    return 0;
+}
+
 }  // namespace vellim::tool

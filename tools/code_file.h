@@ -34,4 +34,12 @@ bool CutCode(CodeFile& code, uint64_t size, std::string& why);
 // The bytes at `offset`, at most `count`; fewer at the end of the code, none if it can't be read.
 std::vector<uint8_t> ReadCode(const CodeFile& code, uint64_t offset, size_t count);
 
+// The byte with its bits the other way round, as FillOrder 2 stores it.
+uint8_t Mirrored(uint8_t byte);
+bool MirrorCode(CodeFile& code, std::string& why);
+
+// How many bytes stand from `offset` on; 0 if they are padding, which is a single value over and
+// over but for the rest of a word.
+uint64_t BytesBehind(const CodeFile& code, uint64_t offset);
+
 }  // namespace vellim::tool

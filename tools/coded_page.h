@@ -18,11 +18,13 @@ struct CodedPage {
     uint32_t fillOrder = 1;
     uint32_t width = 0;
     uint32_t height = 0;  // 0: nobody states it; the lines are then counted
+    std::string doubt;    // what speaks against these figures, in words
 };
 
 // Makes the page ready: 1 is black. `info` gets the picture's size and type here, and has all the
 // rest already. A height that nobody states is that of the lines that come before the closing
-// codes, which give no white lines. Nothing, with the reason in `why`, if there is no such page:
+// codes, which give no white lines. What speaks for damage is told at the lines' end even if all of
+// them came. Nothing, with the reason in `why`, if there is no such page:
 // a size that isn't served, no line at all.
 std::optional<RasterPage> OpenCodedPage(CodedPage page, PageInfo info, std::string& why);
 

@@ -49,7 +49,7 @@ std::vector<uint32_t> ChoosePages(const PageSource& source, const std::vector<Pa
     auto pages = asWritten ? PagesAsWritten(ranges, source.pageCount, TIFF_MAX_IMAGES, missing)
                            : PagesOf(ranges, source.pageCount, missing);
     if (source.pageCount == 0) {
-        why = "there are no images in it" + BesideInWords(source);
+        why = NoImagesInWords(source);
     } else if (missing != 0) {
         why = "there is no page " + std::to_string(missing) + ": the last one is page " +
               std::to_string(source.pageCount);
@@ -65,6 +65,7 @@ PageRequest RequestOf(const ConvertOptions& options) {
     request.dpi = options.dpi;
     if (options.dither == "threshold") request.halftone = Halftone::Threshold;
     request.overwrite = options.force ? Overwrite::Allow : Overwrite::Refuse;
+    request.sparesInput = options.force && !options.acceptLoss;
     return request;
 }
 
@@ -119,14 +120,6 @@ void Tell(const TiffOutput& output, size_t pages, size_t asked) {
     Say(output.target == "-" ? "standard output" : output.target, kWholeFile, text);
 }
 
-bool IsInput(const PageSource& source, const TiffOutput& output) {
-    const OwnedDescriptor& input = source.tiff ? source.tiff->descriptor : source.descriptor;
-    const struct stat& replaced = output.passing.replaced;
-    struct stat status = {};
-    return replaced.st_mode != 0 && fstat(input.Get(), &status) == 0 &&
-           status.st_dev == replaced.st_dev && status.st_ino == replaced.st_ino;
-}
-
 // Whether all pages go in their order to a file that is theirs alone.
 bool IsWholeDocument(const ConvertOptions& options, const PageSource& source,
                      const std::vector<uint32_t>& pages) {
@@ -135,11 +128,6 @@ bool IsWholeDocument(const ConvertOptions& options, const PageSource& source,
         if (pages[i] != i + 1) return false;
     }
     return true;
-}
-
-// What the source has that can't be reached, in words; empty if all can.
-std::string OutOfReach(const PageSource& source) {
-    return source.tiff ? ImagesOutOfReach(*source.tiff) : std::string();
 }
 
 std::unique_ptr<TiffOutput> BeginTiffFile(const ConvertOptions& options, size_t pages,
@@ -181,11 +169,9 @@ Outcome ConvertToTiff(const ConvertOptions& options, const PageSource& source,
         if (result.spoilt) return outcome;
         written += result.written ? 1 : 0;
     }
-    const bool loses = outcome != Outcome::Well || !OutOfReach(source).empty();
-    if (loses && options.force && !options.acceptLoss && IsInput(source, *output)) {
-        return Fail(name,
-                    "it is the input too, and what couldn't be read of it would be lost: it "
-                    "was left as it is; with --accept-loss it is replaced");
+    const bool loses = outcome != Outcome::Well || HoldsMore(source);
+    if (loses && request.sparesInput && IsInput(source, output->passing)) {
+        return Fail(name, kInputStays);
     }
     if (written == 0) return outcome;
     if (!CommitTiffOutput(*output, why)) return Fail(name, why);
@@ -222,6 +208,9 @@ Outcome RunConvert(const ConvertOptions& options) {
     }
     Outcome outcome = toTiff ? ConvertToTiff(options, *source, *writing, pages)
                              : ConvertToFiles(options, *source, *format, *writing, pages);
+    if (!source->beside.kinds.empty()) {
+        Say(options.input, kWholeFile, BesideInWords(*source) + "; that isn't converted");
+    }
     const std::string outOfReach = OutOfReach(*source);
     if (!outOfReach.empty()) {
         Say(options.input, kWholeFile, outOfReach);

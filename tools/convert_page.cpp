@@ -193,6 +193,10 @@ PageResult Finish(const PageSource& source, PageRun& run, const LinesEnd& end) {
         if (!FillWithWhite(run)) return FailOutput(request, run.failure);
     }
     if (!damaged && !end.whole) Say(source.name, static_cast<int32_t>(request.page), end.reason);
+    const bool loses = damaged || !end.whole || HoldsMore(source);
+    if (loses && request.sparesInput && run.output && IsInput(source, run.output->passing)) {
+        return FailOutput(request, kInputStays);
+    }
     if (!FinishOutput(run)) return FailOutput(request, run.failure);
     return {damaged || !end.whole ? Outcome::Damaged : Outcome::Well, true, false};
 }
@@ -215,6 +219,15 @@ void CarryRecords(PageRun& run) {
     }
 }
 
+// Whether a CALS file asks for its picture to be turned. Of the two ways in which an upright one is
+// told, the second is that of this library.
+bool IsTurned(const PageInfo& page) {
+    return std::any_of(page.fields.begin(), page.fields.end(), [](const NamedField& field) {
+        return field.name == kCalsOrientation && field.value != "000,270" &&
+               field.value != "090,270";
+    });
+}
+
 // Settles how the page is written, and adds what the output can't tell of it to `notes`. False,
 // with the reason in `why`, if it can't be written.
 bool PlanOutput(PageRun& run, std::vector<std::string>& notes, std::string& why) {
@@ -222,6 +235,9 @@ bool PlanOutput(PageRun& run, std::vector<std::string>& notes, std::string& why)
     const bool keepsTexts = request.format != nullptr && HoldsCalsTexts(*request.format);
     if (!keepsTexts && !run.source->calsTexts.empty()) {
         notes.emplace_back("its CALS text records aren't carried over");
+    }
+    if (!keepsTexts && IsTurned(*run.source)) {
+        notes.emplace_back("it is to be turned as its rorient record says, which isn't done");
     }
     if (request.tiff != nullptr) {
         auto plan = PlanTiffPage(Scaled(run), request.tiffOptions, why);
@@ -237,6 +253,17 @@ bool PlanOutput(PageRun& run, std::vector<std::string>& notes, std::string& why)
 }
 
 }  // namespace
+
+bool IsInput(const PageSource& source, const PassingFile& file) {
+    const OwnedDescriptor& input = source.tiff ? source.tiff->descriptor : source.descriptor;
+    struct stat status = {};
+    return file.replaced.st_mode != 0 && fstat(input.Get(), &status) == 0 &&
+           status.st_dev == file.replaced.st_dev && status.st_ino == file.replaced.st_ino;
+}
+
+bool HoldsMore(const PageSource& source) {
+    return !source.beside.kinds.empty() || !OutOfReach(source).empty();
+}
 
 PageResult ConvertPage(const PageSource& source, const PageRequest& request) {
     std::string why;

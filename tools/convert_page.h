@@ -25,12 +25,25 @@ struct PageRequest {
     WriteOptions writeOptions;
     std::string path;  // "-": standard output
     Overwrite overwrite = Overwrite::Refuse;
+    bool sparesInput = false;  // a file isn't replaced by less than all that is in it
 
     // or, in place of that, to a TIFF file:
     TiffOutput* tiff = nullptr;
     TiffOptions tiffOptions;
     bool keepsPageNumbers = false;  // they hold in the new file too
 };
+
+// Why a file that is the input too stays.
+constexpr const char* kInputStays =
+    "it is the input too, and what couldn't be read of it would be lost: it was left as it is; "
+    "with "
+    "--accept-loss it is replaced";
+
+// Whether the file is to take the place of what is read from.
+bool IsInput(const PageSource& source, const PassingFile& file);
+
+// Whether the source holds what no page of it gives.
+bool HoldsMore(const PageSource& source);
 
 struct PageResult {
     Outcome outcome = Outcome::Failed;

@@ -1,6 +1,5 @@
 #include "fax_stream.h"
 
-#include <algorithm>
 #include <array>
 
 #include "messages.h"
@@ -47,21 +46,11 @@ int32_t DecodeFax(const FaxStream& stream, uint32_t height, uintptr_t callbackDa
     return done != 0 ? TIFF_SUCCESS : TiffError();
 }
 
-uint8_t Mirrored(uint8_t byte) {
-    uint32_t mirrored = 0;
-    for (uint32_t i = 0; i < 8; ++i)
-        mirrored |= (byte >> i & 1U) << (7 - i);
-    return static_cast<uint8_t>(mirrored);
-}
-
-std::string PaddingOf(FaxCoding coding, uint32_t fillOrder, uint32_t way) {
+std::string PaddingOf(FaxCoding coding, uint32_t way) {
     const char byte = kFirstBytes[way];
     if (coding == FaxCoding::Mmr) return {'\xFE', '\x92', '\0', '\x01', byte};
     std::string bytes(1, byte);
     if (coding == FaxCoding::G3TwoD) bytes += "\x01\x80";
-    if (fillOrder != TIFF_FILL_LSB_FIRST) return bytes;
-    std::transform(bytes.begin(), bytes.end(), bytes.begin(),
-                   [](char c) { return static_cast<char>(Mirrored(static_cast<uint8_t>(c))); });
     return bytes;
 }
 

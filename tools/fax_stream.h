@@ -29,16 +29,14 @@ std::optional<FaxStream> OpenFaxStream(const CodeFile& code, std::string& why);
 int32_t DecodeFax(const FaxStream& stream, uint32_t height, uintptr_t callbackData,
                   LineCallback callback);
 
-// The byte with its bits the other way round, as FillOrder 2 stores it.
-uint8_t Mirrored(uint8_t byte);
-
-// What is to stand behind the code. The decoders want to see up to two bytes more than they need,
-// and one of two-dimensional Group 3 lines wants an end-of-line code behind the last line; without
-// such bytes a last line that is complete could be lost.
+// What is to stand behind code without closing codes, whose bytes have their first bit highest. The
+// decoders want to see up to two bytes more than they need, and one of two-dimensional Group 3
+// lines wants an end-of-line code behind the last line; without such bytes a last line that is
+// complete could be lost.
 //
 // Code that was cut may decode to a line too much with any such bytes, but hardly to the same line
 // with each of the kPaddings ways to choose them.
 constexpr uint32_t kPaddings = 5;
-std::string PaddingOf(FaxCoding coding, uint32_t fillOrder, uint32_t way);
+std::string PaddingOf(FaxCoding coding, uint32_t way);
 
 }  // namespace vellim::tool

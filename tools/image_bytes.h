@@ -3,6 +3,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 
 #include "byte_source.h"
 
@@ -18,23 +19,43 @@ struct StatedSize {
 constexpr size_t kStatedSizeBytes = 9;
 StatedSize ReadStatedSize(const uint8_t* bytes);
 
+// Bytes that stand in a row in the file.
+struct Piece {
+    uint64_t begin = 0, end = 0;
+    uint64_t fieldAt = 0;    // of the structured field that they are the data of
+    uint64_t nextField = 0;  // where to look for the next piece
+    bool last = true;
+};
+
 struct ImageBytes {
     ByteSource source;
-    uint64_t pieceEnd = 0;
-    bool inFields = false;  // there may be further pieces
-    uint64_t nextField = 0;
+    Piece piece;
+    bool inFields = false;
+    bool wholeObject = false;              // from its Begin Image on
     std::optional<StatedSize> descriptor;  // of the fields passed so far
 };
 
-// From `offset` to the end of the file.
-ImageBytes BytesInARow(int descriptor, uint64_t offset);
+// The place of a byte of a structured field's data, in one number: data has less than 2^16 bytes.
+constexpr unsigned kOffsetBits = 16;
+constexpr uint64_t PlaceInField(uint64_t fieldAt, uint64_t offset) {
+    return fieldAt << kOffsetBits | offset;
+}
 
-// The picture data of the image object that begins with the structured field at `offset`: up to its
-// end or the next object's beginning.
-ImageBytes BytesInFields(int descriptor, uint64_t offset);
+// From `place`, which is the offset, to the end of the file.
+ImageBytes BytesInARow(int descriptor, uint64_t place);
+
+// The picture data of an image object up to its end or the next object's beginning: from `place`
+// on, or all of it where a Begin Image stands there. What is no structured field is passed over.
+ImageBytes BytesInFields(int descriptor, uint64_t place);
+
+// The place of the byte that was read last.
+uint64_t LastPlace(const ImageBytes& bytes);
 
 // The next byte, or -1.
 int ReadByte(ImageBytes& bytes);
+
+// The next bytes, at most `count`, which are still to come.
+std::string Peek(ImageBytes& bytes, size_t count);
 
 // Passes over the next bytes, as many of `most` as stand in a row in the file, from `at` on. Gives
 // their number; 0: there are no more.

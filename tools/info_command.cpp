@@ -261,19 +261,24 @@ Outcome TellPage(const PageSource& source, uint32_t number, const InfoOptions& o
 
 Outcome TellPages(const PageSource& source, const InfoOptions& options, Json& json) {
     json["imageCount"] = source.pageCount;
-    json["beside"] = source.beside;
+    json["beside"] = source.beside.kinds;
     const std::string beside = BesideInWords(source);
-    if (!options.json && (source.pageCount == 0 || !beside.empty())) {
-        const std::string count = source.pageCount == 0 ? "no" : std::to_string(source.pageCount);
-        Print(Place(source.name, kWholeFile) + ": " + count +
-              (source.pageCount == 1 ? " image" : " images") + beside);
+    const std::string place = Place(source.name, kWholeFile) + ": ";
+    if (!options.json && source.pageCount == 0) {
+        Print(place + NoImagesInWords(source));
+    } else if (!options.json && !beside.empty()) {
+        Print(place + beside);
     }
     Outcome outcome = Outcome::Well;
     Json images = Json::array();
     for (uint32_t page = 0; page < source.pageCount; ++page)
         outcome = Worse(outcome, TellPage(source, page, options, images));
     json["images"] = std::move(images);
-    return outcome;
+    const std::string stray = OutOfReach(source);
+    json["outOfReach"] = stray.empty() ? Json(nullptr) : Json(stray);
+    if (stray.empty()) return outcome;
+    Say(source.name, kWholeFile, stray);
+    return Worse(outcome, Outcome::Damaged);
 }
 
 Outcome TellFile(const std::string& path, const InfoOptions& options, Json& json) {

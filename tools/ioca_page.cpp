@@ -4,7 +4,6 @@
 
 #include <algorithm>
 
-#include "fax_stream.h"
 #include "vellim/streams.h"
 
 namespace vellim::tool {
@@ -21,7 +20,7 @@ struct RawLines {
     size_t rowBytes = 0;
     uint32_t height = 0;
     bool mirrored = false;  // the leftmost pixel in a byte's low bit
-    bool cut = false;
+    std::string flaw;       // why the page isn't whole though all its lines come
 };
 
 std::string Hex(uint64_t number) {
@@ -176,7 +175,21 @@ LinesEnd PushRaw(RawLines& raw, const LineTaker& taker) {
         if (raw.mirrored) std::transform(row.begin(), row.end(), row.begin(), Mirrored);
         if (!taker.take(taker.data, row.data())) break;
     }
-    return {!raw.cut, true, kEndsTooSoon};
+    return {raw.flaw.empty(), true, raw.flaw};
+}
+
+// What the data of a page of whole rows has beyond them is padding or a loss.
+std::string FlawOf(const ImageContent& content, const RawLines& raw, uint64_t bytes,
+                   PageInfo& info) {
+    const uint64_t wanted = uint64_t{raw.rowBytes} * raw.height;
+    if (content.cut) return kEndsTooSoon;
+    if (bytes <= wanted) return {};
+    const uint64_t beyond = bytes - wanted;
+    if (content.size.height == 0) return "its data ends inside a line";
+    const std::string amount = std::to_string(beyond) + (beyond == 1 ? " byte" : " bytes");
+    if (beyond >= raw.rowBytes) return "its data goes on behind the last line (" + amount + ")";
+    info.givenUp.push_back("the data behind the last line (" + amount + ") is left out");
+    return {};
 }
 
 std::optional<RasterPage> OpenRaw(const ImageContent& content, CodeFile code, PageInfo info,
@@ -193,7 +206,7 @@ std::optional<RasterPage> OpenRaw(const ImageContent& content, CodeFile code, Pa
     info.whiteIsZero = picture.type == kBilevel || content.subtractive;
     raw->height = picture.height;
     raw->mirrored = content.bitOrder != 0;
-    raw->cut = content.cut;
+    raw->flaw = FlawOf(content, *raw, code.size, info);
     raw->source = SourceOf(code.descriptor.Get());
     raw->code = std::move(code);
     return MakePushingPage<PushRaw>(std::move(info), std::move(raw));
@@ -211,7 +224,8 @@ std::optional<RasterPage> OpenCoded(const ImageContent& content, CodeFile code, 
     CodedPage page;
     page.code = std::move(code);
     page.coding = *CodingOf(content.compression);
-    page.fillOrder = content.bitOrder == 0 ? TIFF_FILL_MSB_FIRST : TIFF_FILL_LSB_FIRST;
+    const bool mirrored = content.bitOrder != 0 && page.coding != FaxCoding::Mmr;
+    page.fillOrder = mirrored ? TIFF_FILL_LSB_FIRST : TIFF_FILL_MSB_FIRST;
     page.width = content.size.width;
     page.height = content.size.height;
     auto opened = OpenCodedPage(std::move(page), std::move(info), why);
@@ -223,14 +237,14 @@ std::optional<RasterPage> OpenCoded(const ImageContent& content, CodeFile code, 
 
 }  // namespace
 
-std::optional<RasterPage> OpenContent(SegmentWalk& walk, uint32_t number, std::string& why) {
-    if (!GoToContent(walk, number)) {
+std::optional<RasterPage> OpenContent(SegmentWalk& walk, std::string& why) {
+    if (!NextContent(walk)) {
         why = kEndsTooSoon;
         return {};
     }
     CodeFile code;
     ImageContent content;
-    if (!BeginCode(code, why) || !ReadContent(walk, content, code, why)) return {};
+    if (!ReadContent(walk, content, code, why)) return {};
     const auto& descriptor = walk.bytes.descriptor;
     // A height that the segment leaves open is that of the lines that come.
     PageInfo info = Describe(content, walk.bytes);

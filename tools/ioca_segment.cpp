@@ -3,44 +3,25 @@
 #include <algorithm>
 #include <array>
 
+#include "ioca_codes.h"
+#include "segment_start.h"
+
 namespace vellim::tool {
 namespace {
-
-enum FieldCode : uint32_t {
-    kBeginSegment = 0x70,
-    kEndSegment = 0x71,
-    kBeginTile = 0x8C,
-    kEndTile = 0x8D,
-    kBeginMask = 0x8E,
-    kEndMask = 0x8F,
-    kBeginContent = 0x91,
-    kEndContent = 0x93,
-    kImageSize = 0x94,
-    kImageEncoding = 0x95,
-    kPixelSize = 0x96,
-    kLookUpTable = 0x97,
-    kBandImage = 0x98,
-    kPixelStructure = 0x9B,
-    kLongForm = 0xFE,  // a second byte of code, and two bytes of length
-    kImageData = 0xFE92,
-    kBandData = 0xFE9C,
-};
 
 constexpr size_t kComponentsAt = 5;          // in the data of the structure
 constexpr uint8_t kSubtractive = 0x80;       // in its flags
 constexpr uint64_t kMostBlockBytes = 32767;  // what the MMR encoder writes
-constexpr int kPictureMark = 0xD3;           // D3 EE FB before a head, D3 A9 C7 behind a tail
-constexpr std::array<std::array<int, 2>, 2> kBehindPictureMark = {{{0xEE, 0xFB}, {0xA9, 0xC7}}};
 
 struct FieldHead {
     uint32_t code = 0;
     uint32_t length = 0;
-    uint64_t at = 0;  // in the file
+    uint64_t at = 0;  // its place
 };
 
 bool ReadFieldHead(ImageBytes& bytes, FieldHead& head) {
     const int code = ReadByte(bytes);
-    head.at = bytes.source.position - 1;
+    head.at = LastPlace(bytes);
     const bool isLong = code == kLongForm;
     std::array<int, 3> rest{};
     std::generate_n(rest.begin(), isLong ? 3 : 1, [&] { return ReadByte(bytes); });
@@ -65,25 +46,39 @@ bool ReadData(ImageBytes& bytes, uint32_t length, std::vector<uint8_t>& data) {
 
 bool BeginSegment(SegmentWalk& walk, uint64_t at, uint32_t nameBytes) {
     walk.inSegment = true;
+    walk.inContent = false;
     walk.segmentAt = at;
     return ReadData(walk.bytes, nameBytes, walk.segmentName);
 }
 
+// What may follow in a segment outside of a content; if it doesn't, the segment's end is missing.
+bool IsFieldAhead(ImageBytes& bytes) {
+    const std::string ahead = Peek(bytes, kPictureMarkBytes);
+    return !ahead.empty() && static_cast<uint8_t>(ahead[0]) >= kBeginSegment &&
+           !IsPictureMark(ahead);
+}
+
 bool FindSegment(SegmentWalk& walk) {
-    for (;;) {
-        const int byte = ReadByte(walk.bytes);
-        const uint64_t at = walk.bytes.source.position - 1;
-        if (byte == kPictureMark) {
-            std::array<int, 2> rest{};
-            std::generate(rest.begin(), rest.end(), [&] { return ReadByte(walk.bytes); });
-            if (rest != kBehindPictureMark[0] && rest != kBehindPictureMark[1]) return false;
-        } else if (byte == kBeginSegment) {
-            const int nameBytes = ReadByte(walk.bytes);
-            return nameBytes >= 0 && BeginSegment(walk, at, static_cast<uint32_t>(nameBytes));
-        } else if (byte != 0) {
-            return false;
+    for (int byte = ReadByte(walk.bytes); byte >= 0; byte = ReadByte(walk.bytes)) {
+        if (MayBegin(byte)) {
+            const uint64_t at = LastPlace(walk.bytes);
+            const std::string head =
+                static_cast<char>(byte) + Peek(walk.bytes, kSegmentHeadBytes - 1);
+            const bool due = walk.stray.passed == 0;
+            if (due ? BeginsSegment(head) : IsSegmentHead(head)) {
+                CloseGap(walk.stray);
+                return BeginSegment(walk, at, static_cast<uint32_t>(ReadByte(walk.bytes)));
+            }
+            if (IsPictureMark(head)) {
+                CloseGap(walk.stray);
+                SkipBytes(walk.bytes, kPictureMarkBytes - 1);
+                continue;
+            }
         }
+        PassByte(walk.stray, byte);
     }
+    CloseLastGap(walk.stray);
+    return false;
 }
 
 void TakeEncoding(ImageContent& content, const std::vector<uint8_t>& data) {
@@ -127,18 +122,33 @@ void TakeField(ImageContent& content, uint32_t code, const std::vector<uint8_t>&
     }
 }
 
+bool AddMirrored(ByteSource& source, uint64_t at, uint64_t count, CodeFile& code,
+                 std::string& why) {
+    std::vector<uint8_t> bytes(static_cast<size_t>(count));
+    source.position = at;
+    if (!ReadBytes(source, bytes.data(), bytes.size())) {
+        why = source.failure;
+        return false;
+    }
+    std::transform(bytes.begin(), bytes.end(), bytes.begin(), Mirrored);
+    return AddCode(code, bytes.data(), bytes.size(), why);
+}
+
 // Blocks of MMR code are cut anew, so that one that the file cuts short has the length that it has.
-bool KeepData(const ImageContent& content, int from, uint64_t at, uint64_t count, CodeFile& code,
-              std::string& why) {
-    if (content.compression == kIocaMmr) {
+// Their decoder knows of one order of bits alone.
+bool KeepData(const ImageContent& content, ByteSource& source, uint64_t at, uint64_t count,
+              CodeFile& code, std::string& why) {
+    const bool blocks = content.compression == kIocaMmr;
+    if (content.compression != kIocaUncompressed && !CodingOf(content.compression)) return true;
+    if (!code.descriptor && !BeginCode(code, why)) return false;
+    if (blocks) {
         const std::array<uint8_t, 4> head = {kImageData >> 8U, kImageData & 0xFFU,
                                              static_cast<uint8_t>(count >> 8U),
                                              static_cast<uint8_t>(count)};
         if (!AddCode(code, head.data(), head.size(), why)) return false;
-    } else if (content.compression != kIocaUncompressed && !CodingOf(content.compression)) {
-        return true;
     }
-    return AddCode(code, from, at, count, why);
+    return blocks && content.bitOrder != 0 ? AddMirrored(source, at, count, code, why)
+                                           : AddCode(code, source.descriptor, at, count, why);
 }
 
 bool ReadChunk(ImageBytes& bytes, uint64_t length, ImageContent& content, CodeFile& code,
@@ -151,7 +161,7 @@ bool ReadChunk(ImageBytes& bytes, uint64_t length, ImageContent& content, CodeFi
             content.cut = true;
             return true;
         }
-        if (!KeepData(content, bytes.source.descriptor, at, count, code, why)) return false;
+        if (!KeepData(content, bytes.source, at, count, code, why)) return false;
         content.dataBytes += count;
         length -= count;
     }
@@ -175,27 +185,30 @@ uint32_t EndOfPart(ImageContent& content, uint32_t code) {
 
 bool NextContent(SegmentWalk& walk) {
     for (;;) {
+        if (walk.inSegment && !walk.inContent) walk.inSegment = IsFieldAhead(walk.bytes);
         if (!walk.inSegment && !FindSegment(walk)) return false;
         FieldHead head;
         if (!ReadFieldHead(walk.bytes, head)) return false;
         if (head.code == kBeginContent) {
             std::vector<uint8_t> data;
             if (!ReadData(walk.bytes, head.length, data)) return false;
+            walk.inContent = true;
+            walk.contentAt = walk.segmentAt.value_or(head.at);
+            walk.segmentAt.reset();
             walk.contentId = data.empty() ? uint8_t{0} : data[0];
             return true;
         }
         const bool passed = head.code == kBeginSegment ? BeginSegment(walk, head.at, head.length)
                                                        : SkipBytes(walk.bytes, head.length);
         if (!passed) return false;
-        if (head.code == kEndSegment) walk.inSegment = false;
+        if (head.code == kEndContent) walk.inContent = false;
+        if (head.code == kEndSegment) walk.inSegment = walk.inContent = false;
     }
 }
 
-bool GoToContent(SegmentWalk& walk, uint32_t number) {
-    for (uint32_t i = 0; i < number; ++i) {
-        if (!NextContent(walk)) return false;
-    }
-    return NextContent(walk);
+void AddPlaces(SegmentWalk& walk, std::vector<uint64_t>& places) {
+    while (NextContent(walk))
+        places.push_back(walk.contentAt);
 }
 
 bool ReadContent(SegmentWalk& walk, ImageContent& content, CodeFile& code, std::string& why) {

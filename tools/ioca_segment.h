@@ -2,11 +2,13 @@
 // image contents of a segment are like and hold their data in chunks.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "coded_page.h"
 #include "image_bytes.h"
+#include "stray_bytes.h"
 
 namespace vellim::tool {
 
@@ -49,20 +51,25 @@ struct ImageContent {
 struct SegmentWalk {
     ImageBytes bytes;
     bool inSegment = false;
-    uint64_t segmentAt = 0;  // in the file, of its Begin Segment
-    std::vector<uint8_t> segmentName;
+    bool inContent = false;
+    std::vector<uint8_t> segmentName;   // of a segment whose beginning the walk has passed
+    std::optional<uint64_t> segmentAt;  // of a Begin Segment that no content has followed yet
+    uint64_t contentAt = 0;             // where a walk may begin, in the segment, to come to it
     uint8_t contentId = 0;
+    StrayBytes stray;  // between the segments passed so far
 };
 
-// Goes to behind the next Begin Image Content. False if there is none: between two segments nothing
-// but zeros and the short marks of picture data (D3 EE FB, D3 A9 C7) may stand.
+// Goes to behind the next Begin Image Content. False if there is none. Between two segments zeros
+// and the short marks of picture data may stand; behind other bytes, which are `stray`, the next
+// whole head of a segment is searched for.
 bool NextContent(SegmentWalk& walk);
 
-// Goes to content `number`, counted from 0, of those to come.
-bool GoToContent(SegmentWalk& walk, uint32_t number);
+// Goes to the end, and adds to `places` where a walk may begin to come to each content first.
+void AddPlaces(SegmentWalk& walk, std::vector<uint64_t>& places);
 
-// Reads that content to its end, and adds its data to `code` if the coding is served: with block
-// headers for MMR, else without. False, with the reason in `why`, if they can't be kept.
+// Reads the content to its end, and adds its data to `code` if the coding is served: for MMR
+// with block headers and the leftmost pixel in the high bit, for all others as it stands. False,
+// with the reason in `why`, if they can't be kept.
 bool ReadContent(SegmentWalk& walk, ImageContent& content, CodeFile& code, std::string& why);
 
 // The coding of black and white that a compression stands for; nothing if it is none.

@@ -36,6 +36,19 @@ uint32_t OnLook(uint8_t* line, uint32_t /*lineNumber*/, uintptr_t callbackData) 
     return ++look.lines == look.most ? TIFF_LINE_STOP : TIFF_LINE_GO_ON;
 }
 
+struct OddCount {
+    uint32_t width = 0;
+    uint32_t decodedWidth = 0;
+    uint32_t odd = 0;
+    uint32_t left = 0;
+};
+
+uint32_t OnOddCount(uint8_t* line, uint32_t /*lineNumber*/, uintptr_t callbackData) noexcept {
+    auto& count = *reinterpret_cast<OddCount*>(callbackData);
+    if (LastChange(line, count.decodedWidth) != count.width) ++count.odd;
+    return --count.left == 0 ? TIFF_LINE_STOP : TIFF_LINE_GO_ON;
+}
+
 struct Count {
     uint32_t lines = 0;
     uint32_t most = 0;
@@ -71,6 +84,16 @@ LineEnds FindLineEnds(FaxStream& stream, uint32_t most) {
         first = next;
     }
     return found;
+}
+
+uint32_t CountOddLines(FaxStream& stream, uint32_t width, uint32_t most) {
+    const uint32_t wider = (width / 8 + 2) * 8;
+    OddCount count{width, wider, 0, most};
+    const uint32_t before = stream.width;
+    stream.width = wider;
+    DecodeFax(stream, 0, reinterpret_cast<uintptr_t>(&count), OnOddCount);
+    stream.width = before;
+    return count.odd;
 }
 
 FirstLines DecodeFirstLines(FaxStream& stream, uint32_t width, uint32_t most) {

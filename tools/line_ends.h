@@ -20,6 +20,10 @@ struct LineEnds {
 // Of the first `most` lines of `stream`, whatever its width says.
 LineEnds FindLineEnds(FaxStream& stream, uint32_t most);
 
+// How many of the first `most` lines, each with an end-of-line code behind it, end elsewhere than
+// at `width`.
+uint32_t CountOddLines(FaxStream& stream, uint32_t width, uint32_t most);
+
 // How the first lines of a stream decode with a width.
 struct FirstLines {
     uint32_t count = 0;  // at most as many as are asked for

@@ -87,7 +87,7 @@ is one; else --coding and --fill-order say what OUT becomes (g3 and fax: g3-eol)
 A file that is there stays, unless --force or --append is given, and a new one takes its
 name only when it is whole. Of a damaged page the lines that came are kept, the rest is
 white; a damaged PNG, BMP or PNM file is refused. A page that gives nothing is left out,
-which is told. If OUT is IN, a TIFF file that can't be read whole is replaced with
+which is told. If OUT is IN, a file that can't be read whole is replaced with
 --accept-loss alone.
 
 In TIFF, pages have the order of the LIST, and come as often as it names them; numbered
@@ -212,7 +212,7 @@ CLI::App* AddConvert(CLI::App& app, ConvertOptions& options) {
                         "An ending such as png or cal, whatever that of OUT is (for -: png)");
     command->add_flag("--force", options.force, "Replace files that are there already");
     command->add_flag("--accept-loss", options.acceptLoss,
-                      "Replace IN by itself without what can't be read of it (TIFF)");
+                      "Replace IN by itself without what can't be read of it");
     command->add_flag("--square", options.square,
                       "Draw out the axis of lower resolution, so that pixels become square");
     command->add_option("--dpi", options.dpi, "Dots an inch of the pages, whatever IN says")

@@ -14,10 +14,14 @@ constexpr size_t kMmrHeadBytes = 4;
 // Whether `bytes` begin with a block.
 bool IsMmr(const std::vector<uint8_t>& bytes);
 
-// Makes the blocks as long as they say: the last one's length becomes that of the bytes that came,
-// a length of 0 is written out, and what stands behind the last block is left out. `tail` gets the
-// last bytes of the code that they hold, at most `most`. False, with the reason in `why`, if the
-// file can't be changed.
-bool SettleMmrBlocks(CodeFile& code, std::vector<uint8_t>& tail, size_t most, std::string& why);
+// Takes the code out of its blocks: all that come one after the other, the last one as far as its
+// bytes came. `end` is where they end. False, with the reason in `why`, if it can't be done.
+bool TakeFromBlocks(const CodeFile& blocks, CodeFile& code, uint64_t& end, std::string& why);
+
+// Puts code into blocks, which replace what `blocks` held.
+bool PutIntoBlocks(const CodeFile& code, CodeFile& blocks, std::string& why);
+
+// Leaves out, of blocks that PutIntoBlocks made, all but the first `codeBytes` bytes of their code.
+bool CutBlocks(CodeFile& blocks, uint64_t codeBytes, std::string& why);
 
 }  // namespace vellim::tool

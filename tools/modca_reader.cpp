@@ -2,7 +2,6 @@
 // short form that the library writes, a segment between three bytes before and three behind it.
 #include <array>
 
-#include "content_place.h"
 #include "ioca_page.h"
 #include "segment_start.h"
 #include "structured_fields.h"
@@ -31,17 +30,24 @@ constexpr std::array<OtherKind, 9> kOtherKinds = {{
 struct Inventory {
     std::array<uint64_t, kOtherKinds.size()> others{};
     uint64_t emptyObjects = 0;
-    uint64_t strayBytes = 0;
-    ContentPlaces images;
+    StrayBytes betweenFields;
+    uint64_t betweenSegments = 0;  // stray bytes as well
+    std::vector<uint64_t> images;
 };
 
-void AddObject(Inventory& inventory, int descriptor, uint64_t at) {
+// An object's descriptor tells of one image: the first is come to from the beginning of the object,
+// the others from where they are, so that many in one object take no longer.
+void AddObject(Inventory& inventory, int descriptor, const StructuredField& begin) {
     SegmentWalk walk;
-    walk.bytes = BytesInFields(descriptor, at);
-    bool empty = true;
-    for (; NextContent(walk); empty = false)
-        AddContent(inventory.images, at);
-    if (empty) ++inventory.emptyObjects;
+    walk.bytes = BytesInFields(descriptor, PlaceInField(begin.at, 0));
+    const size_t first = inventory.images.size();
+    AddPlaces(walk, inventory.images);
+    inventory.betweenSegments += walk.stray.total;
+    if (inventory.images.size() == first) {
+        ++inventory.emptyObjects;
+    } else if (walk.bytes.wholeObject) {
+        inventory.images[first] = PlaceInField(begin.at, 0);
+    }
 }
 
 void CountOther(Inventory& inventory, uint32_t id) {
@@ -50,20 +56,25 @@ void CountOther(Inventory& inventory, uint32_t id) {
     }
 }
 
+void TellBeside(Beside& beside, std::string_view words, uint64_t count, std::string_view unit) {
+    if (count == 0) return;
+    std::string text(words);
+    text.append(" (").append(std::to_string(count)).append(" ").append(unit);
+    beside.kinds.push_back(text.append(count == 1 ? ")" : "s)"));
+}
+
 // Picture data outside of an object begins one.
 Inventory TakeInventory(int descriptor) {
     Inventory inventory;
     ByteSource source = SourceOf(descriptor);
     StructuredField field;
     bool inObject = false;
-    uint64_t at = 0;
-    for (; ReadField(source, at, field); at = field.next) {
+    for (uint64_t at = 0; FindField(source, at, field, inventory.betweenFields); at = field.next) {
         const bool begins = field.id == kBeginImage || (field.id == kPictureData && !inObject);
-        if (begins) AddObject(inventory, descriptor, at);
+        if (begins) AddObject(inventory, descriptor, field);
         inObject = (inObject || begins) && field.id != kEndImage;
         CountOther(inventory, field.id);
     }
-    inventory.strayBytes = source.size - at;
     return inventory;
 }
 
@@ -73,27 +84,27 @@ bool IsModca(std::string_view head) {
     return IsStructured(head) || FindMarkedSegment(head).has_value();
 }
 
-std::vector<uint64_t> FindModcaImages(int descriptor, std::vector<std::string>& beside) {
+std::vector<uint64_t> FindModcaImages(int descriptor, Beside& beside) {
     const std::string head = ReadHead(descriptor);
     if (!IsStructured(head)) {
         const auto start = FindMarkedSegment(head);
-        return start ? ContentsInARow(descriptor, *start, beside) : std::vector<uint64_t>();
+        return start ? FindInARow(descriptor, *start, beside) : std::vector<uint64_t>();
     }
     Inventory inventory = TakeInventory(descriptor);
     for (size_t i = 0; i < kOtherKinds.size(); ++i)
         TellBeside(beside, kOtherKinds[i].words, inventory.others[i], "field");
     TellBeside(beside, "images without content", inventory.emptyObjects, "object");
-    TellBeside(beside, "what is no structured field", inventory.strayBytes, "byte");
-    TellBeyond(beside, inventory.images);
-    return std::move(inventory.images.packed);
+    TellStray(beside.stray, inventory.betweenSegments, "segment");
+    TellStray(beside.stray, inventory.betweenFields.total, "structured field");
+    return std::move(inventory.images);
 }
 
 std::optional<RasterPage> OpenModca(int descriptor, uint64_t offset, std::string& why) {
-    const ContentPlace place = Unpacked(offset);
+    if (!IsStructured(ReadHead(descriptor))) return OpenIoca(descriptor, offset, why);
     SegmentWalk walk;
-    walk.bytes = IsStructured(ReadHead(descriptor)) ? BytesInFields(descriptor, place.at)
-                                                    : BytesInARow(descriptor, place.at);
-    return OpenContent(walk, place.number, why);
+    walk.bytes = BytesInFields(descriptor, offset);
+    walk.inSegment = !walk.bytes.wholeObject;
+    return OpenContent(walk, why);
 }
 
 }  // namespace vellim::tool

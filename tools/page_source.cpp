@@ -14,6 +14,7 @@
 
 #include "carried_tags.h"
 #include "coded_page.h"
+#include "losses.h"
 #include "messages.h"
 #include "passing_file.h"
 #include "raster_formats.h"
@@ -170,9 +171,18 @@ std::optional<PageSource> OpenPageSource(const std::string& path, const SourceHi
 
 std::string BesideInWords(const PageSource& source) {
     std::string words;
-    for (const std::string& kind : source.beside)
-        words += (words.empty() ? "; it holds " : ", ") + kind;
+    for (const std::string& kind : source.beside.kinds)
+        words += (words.empty() ? "it holds " : ", ") + kind;
     return words;
+}
+
+std::string NoImagesInWords(const PageSource& source) {
+    const std::string beside = BesideInWords(source);
+    return beside.empty() ? "there are no images in it" : "there are no images in it; " + beside;
+}
+
+std::string OutOfReach(const PageSource& source) {
+    return source.tiff ? ImagesOutOfReach(*source.tiff) : source.beside.stray;
 }
 
 OwnedPage OpenPage(const PageSource& source, uint32_t page, std::string& why) {

@@ -19,13 +19,19 @@ namespace vellim::tool {
 struct RasterFormat;
 struct SourcePage;
 
+// What a file holds beside its pictures, in words.
+struct Beside {
+    std::vector<std::string> kinds;  // "fonts (9 fields)"
+    std::string stray;               // bytes that make no sense, so that pictures may be lost there
+};
+
 struct PageSource {
     std::string name;                      // as the user named it; "-" is standard input
     OwnedDescriptor descriptor;            // of a raster file, or of what came through a pipe
     std::optional<Document> tiff;          // behind what it reads from
     const RasterFormat* format = nullptr;  // of a raster file
     std::vector<uint64_t> pictures;        // where each begins, in a raster file
-    std::vector<std::string> beside;       // what it holds beside them, in words
+    Beside beside;
     SourceHints hints;
     uint32_t pageCount = 0;
 
@@ -78,9 +84,16 @@ struct LineTaker {
 std::optional<PageSource> OpenPageSource(const std::string& path, const SourceHints& hints,
                                          std::string& why);
 
-// "; it holds fonts (9 fields), presentation text (3 fields)", or nothing: what a file has beside
-// its pictures.
+// "it holds fonts (9 fields), presentation text (3 fields)", or nothing: what a file has beside its
+// pictures.
 std::string BesideInWords(const PageSource& source);
+
+// "there are no images in it", and what it has in their place.
+std::string NoImagesInWords(const PageSource& source);
+
+// What there is that can't be read as pictures but may have been some, in words; empty if there is
+// nothing.
+std::string OutOfReach(const PageSource& source);
 
 struct PageCloser {
     void operator()(SourcePage* page) const;

@@ -19,6 +19,7 @@ std::optional<TransferredPages> TransferPages(const PageSource& source,
     TransferredPages transferred;
     transferred.scratch = CreateTiffOutput("-", 0, Overwrite::Refuse, why);
     if (!transferred.scratch) return Fail(source, why);
+    transferred.scratch->target = "the temporary file";  // as messages name it
     std::set<std::string> notes;
     PageRequest request;
     request.tiff = transferred.scratch.get();

@@ -72,6 +72,12 @@ std::vector<uint32_t> ChoosePages(const std::string& name, uint32_t count, const
     return {};
 }
 
+void TellOutOfReach(const std::string& name, const std::string& outOfReach, Job& job) {
+    if (outOfReach.empty()) return;
+    Say(name, kWholeFile, outOfReach);
+    job.outOfReach = true;
+}
+
 // Adds pages of a TIFF file, whose data is copied as it is stored. False, and told, if they can't
 // be had.
 bool AddImages(Document document, const Ranges& ranges, uint32_t firstNumber, size_t most,
@@ -82,10 +88,7 @@ bool AddImages(Document document, const Ranges& ranges, uint32_t firstNumber, si
     const Document& kept = job.documents.emplace_back(std::move(document));
     for (const uint32_t page : pages)
         job.pages.push_back({&kept, static_cast<int32_t>(page) - 1, firstNumber + page - 1, {}});
-    if (!IsOpenEnded(ranges)) return true;
-    const std::string outOfReach = ImagesOutOfReach(kept);
-    if (!outOfReach.empty()) Say(kept.name, kWholeFile, outOfReach);
-    job.outOfReach = job.outOfReach || !outOfReach.empty();
+    if (IsOpenEnded(ranges)) TellOutOfReach(kept.name, ImagesOutOfReach(kept), job);
     return true;
 }
 
@@ -99,6 +102,10 @@ bool AddTransferred(const PageSource& source, const Ranges& ranges, uint32_t fir
     auto transferred = TransferPages(source, pages);
     if (!transferred) return false;
     job.outcome = Worse(job.outcome, transferred->outcome);
+    if (!source.beside.kinds.empty()) {
+        Say(source.name, kWholeFile, BesideInWords(source) + "; that isn't copied");
+    }
+    if (IsOpenEnded(ranges)) TellOutOfReach(source.name, OutOfReach(source), job);
     const Document& kept = job.transferred.emplace_back(std::move(*transferred)).document;
     for (size_t i = 0; i < pages.size(); ++i)
         job.pages.push_back({&kept, static_cast<int32_t>(i), firstNumber + pages[i] - 1, {}});
@@ -131,7 +138,7 @@ uint32_t AddPages(const std::string& path, const SourceHints& hints, const Range
         if (!document) return Fail(path, why);
         return AddImages(std::move(*document), ranges, firstNumber, most, job) ? count : 0;
     }
-    if (count == 0) return Fail(path, "there are no images in it" + BesideInWords(*source));
+    if (count == 0) return Fail(path, NoImagesInWords(*source));
     if (source->IsDocument()) {
         return AddTransferred(*source, ranges, firstNumber, most, job) ? count : 0;
     }

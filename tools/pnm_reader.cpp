@@ -145,7 +145,7 @@ bool NextPnmLine(PnmReader& r, uint8_t* line, std::string& why) {
 
 }  // namespace
 
-std::vector<uint64_t> FindPnmPictures(int descriptor, std::vector<std::string>& /*beside*/) {
+std::vector<uint64_t> FindPnmPictures(int descriptor, Beside& /*beside*/) {
     std::vector<uint64_t> pictures = {0};
     ByteSource source = SourceOf(descriptor);
     for (;;) {

@@ -47,9 +47,8 @@ struct RasterFormat {
     std::string_view name;
     bool (*recognises)(std::string_view head);
     bool document;  // a picture that can't be had leaves the others alone
-    // Where the pictures of a file begin; null: one, at its start. What it holds beside them goes,
-    // in words, to `beside`.
-    std::vector<uint64_t> (*find)(int descriptor, std::vector<std::string>& beside);
+    // Where the pictures of a file begin; null: one, at its start.
+    std::vector<uint64_t> (*find)(int descriptor, Beside& beside);
     // The picture that begins at `offset`. Nothing, with the reason in `why`, if it can't be read.
     std::optional<RasterPage> (*open)(int descriptor, uint64_t offset, std::string& why);
 };
@@ -81,9 +80,9 @@ std::optional<RasterPage> OpenCals(int descriptor, uint64_t offset, std::string&
 std::optional<RasterPage> OpenIoca(int descriptor, uint64_t offset, std::string& why);
 std::optional<RasterPage> OpenModca(int descriptor, uint64_t offset, std::string& why);
 
-std::vector<uint64_t> FindPnmPictures(int descriptor, std::vector<std::string>& beside);
-std::vector<uint64_t> FindIocaImages(int descriptor, std::vector<std::string>& beside);
-std::vector<uint64_t> FindModcaImages(int descriptor, std::vector<std::string>& beside);
+std::vector<uint64_t> FindPnmPictures(int descriptor, Beside& beside);
+std::vector<uint64_t> FindIocaImages(int descriptor, Beside& beside);
+std::vector<uint64_t> FindModcaImages(int descriptor, Beside& beside);
 
 bool IsCals(std::string_view head);
 bool IsIoca(std::string_view head);

@@ -1,5 +1,6 @@
-// Where the first image segment stands at the head of a file: at its start or a little behind it,
-// bare or behind the three bytes that begin picture data.
+// How an image segment (IOCA) is known by its first bytes: the first one of a file, at its start or
+// a little behind it, bare or behind the three bytes that begin picture data; and those that
+// follow.
 #pragma once
 
 #include <cstddef>
@@ -8,14 +9,28 @@
 
 namespace vellim::tool {
 
-// Of a segment without structured fields. Anywhere but at the start, its first fields must be those
-// that the library's readers of heads want, so that no text is taken for one.
+// Whether a segment or a mark may begin with this byte.
+bool MayBegin(int byte);
+
+// As many bytes as the functions that follow look at.
+constexpr size_t kSegmentHeadBytes = 18;
+
+// Whether `bytes` begin as a segment does that stands where one is due.
+bool BeginsSegment(std::string_view bytes);
+
+// Whether they do even if any bytes may stand here: the first fields must be those that the
+// library's readers of heads want, so that no text and no image data is taken for a segment.
+bool IsSegmentHead(std::string_view bytes);
+
+// Whether `bytes` begin with one of the short marks (D3 EE FB, D3 A9 C7) that the library writes in
+// front of picture data and behind it.
+bool IsPictureMark(std::string_view bytes);
+constexpr size_t kPictureMarkBytes = 3;
+
+// The place of a segment without structured fields.
 std::optional<size_t> FindBareSegment(std::string_view head);
 
-// Of the segment right behind D3 EE FB, as the library writes picture data without 0x5A.
+// The place of the segment right behind the first D3 EE FB that has one.
 std::optional<size_t> FindMarkedSegment(std::string_view head);
-
-// Whether a head is that of structured fields.
-bool IsStructured(std::string_view head);
 
 }  // namespace vellim::tool

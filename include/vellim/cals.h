@@ -78,9 +78,8 @@ VELLIM_API GlobalHandle DefineCALSHead(const CalsInfo* info, const CalsNote* not
  * caller frees with GlobalFree. Data that ends too soon gives the lines that came, the others
  * white, after a message box titled "CALS warning"; the failure code then is 5, 19 or 20.
  * `showInfo` non-zero asks for the CALSINFO dialog first; where it can't be shown the result is 0
- * with code
- * 1. Other failures give 0: codes 1 (memory, or a picture above the limits of SetTiffSizeLimits),
- * 6 (also: nothing behind the header), 18, or the decoder's. */
+ * with code 1. Other failures give 0: codes 1 (memory, or a picture above the limits of
+ * SetTiffSizeLimits), 6 (also: nothing behind the header), 18, or the decoder's. */
 VELLIM_API DibHandle LoadCALSIntoDIB(const char* path, int32_t showInfo);
 
 /* Writes a DIB of one bit a pixel and two colours behind a 40-byte header as a CALS file, in place

@@ -40,7 +40,8 @@ VELLIM_API int32_t DecodeCcittImageFrom(StreamHandle stream, int32_t offset, int
 
 /* Decodes an MMR stream, as IOCA image data has it: blocks of 0xFE, 0x92, a 16-bit length with the
  * high byte first, and so many bytes of code; a length of 0 stands for as many as the buffer holds,
- * one above the buffer is refused with 5, and so is anything else where a block is due. The code
+ * which is the stream's length (behind `offset`) but 65,520 at most; one above that is refused with
+ * 5, and so is anything else where a block is due. The code
  * runs on through the blocks: an EOL with tag 1, a line of one-dimensional coding, an EOL with tag
  * 0, then lines of two-dimensional coding with nothing between them. A line that meets an EOL ends
  * there. The end is the last line, and with a height of 0 the end of the data, of which the closing

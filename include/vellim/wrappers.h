@@ -35,12 +35,12 @@ VELLIM_API int32_t WriteIOCATail(StreamHandle stream);
  * be written. */
 VELLIM_API int32_t WriteMODCAHeader(StreamHandle stream, const IocaHeader* header);
 
-/* Writes an IOCA tail and the three bytes that end picture data. Where this thread wrote the head
- * last written to `stream` at file offset 30 or beyond, the two bytes at offset 28, which belong to
- * what the application has put in front, take the number of bytes from there to the tail (its low
- * 16 bits); elsewhere those two bytes may be the picture's own, and stay. Each head serves one
- * tail; of more than 16 files with a head and no tail yet the first is forgotten. 0 when the tail
- * can't be written, with code 6 unless only its first four bytes failed. */
+/* Writes an IOCA tail and the three bytes that end picture data. Where the picture's head begins at
+ * file offset 30 or beyond, the two bytes at offset 28 belong to what the application has put in
+ * front of it, and are made to tell how far it is from there to here. Where the head begins before
+ * that, as this thread wrote it or as it is found in the file, they are the picture's own and stay.
+ * 0 when the tail can't be written: with code 6 where it is the last three bytes, or the way back
+ * to them. */
 VELLIM_API int32_t WriteMODCATail(StreamHandle stream);
 
 /* Reads a head: bytes up to a Begin Segment (0x70) are passed over, then come Begin Image Content,
@@ -51,7 +51,8 @@ VELLIM_API int32_t WriteMODCATail(StreamHandle stream);
  * without a code, on failure; so it is for a file that ends within the head, or can't be sought. */
 VELLIM_API int32_t ReadIOCAHeader(StreamHandle stream, IocaHeader* header);
 
-/* The same behind the beginning of picture data, which is looked for in the next 2,048 bytes. */
+/* The same behind the beginning of picture data, the bytes 0xD3 0xEE 0xFB. 2,048 places are tried
+ * for it; a byte that broke off a match isn't tried as the first of another. */
 VELLIM_API int32_t ReadMODCAHeader(StreamHandle stream, IocaHeader* header);
 
 #ifdef __cplusplus

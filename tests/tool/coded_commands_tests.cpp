@@ -46,6 +46,17 @@ TEST(CodedCheck, CountsLines) {
     ExpectTool(Words({"check", page}), 1);
 }
 
+// What can't be read of a file isn't lost by writing the file in its own place.
+TEST(CodedConvert, SparesAnInputThatComesInPartOnly) {
+    const std::string page = PageAs("page.cal");
+    std::filesystem::resize_file(page, std::filesystem::file_size(page) / 2);
+    const Bytes before = ReadFile(page);
+    ExpectTool(Words({"convert --force", page, page}), 2, "the input too");
+    EXPECT_EQ(ReadFile(page), before);
+    ExpectTool(Words({"convert --force --accept-loss", page, page}), 1);
+    EXPECT_NE(ReadFile(page), before);
+}
+
 // Pages of other kinds become images among those of TIFF files, in any order.
 TEST(CodedPages, ArePutTogetherWithImages) {
     const std::string stream = PageAs("page.g3");

@@ -2,6 +2,7 @@
 // is found out of streams that have none, and where a page ends whose height nobody states.
 #include <gtest/gtest.h>
 
+#include "container/streams.h"
 #include "run_tool.h"
 
 namespace vellim::test {
@@ -32,8 +33,8 @@ Bytes PbmOf(const Bytes& rows) {
 
 struct Stream {
     std::string options;  // that tell what it is
-    size_t closing;       // bytes of its closing codes that can be missing without harm
-    bool tellsWidth;
+    size_t closing = 0;   // bytes of its closing codes that can be missing without harm
+    bool tellsWidth = false;
 };
 
 const Stream kStreams[] = {
@@ -115,6 +116,69 @@ TEST(BareStreams, DamageIsToldAndLinesBeforeItStay) {
                "16 of 20 lines");
 }
 
+Bytes Twice(Bytes file) {
+    const size_t size = file.size();
+    file.resize(2 * size);
+    std::copy_n(file.begin(), size, file.begin() + static_cast<ptrdiff_t>(size));
+    return file;
+}
+
+Bytes Damaged(Bytes file, size_t at, uint8_t bits) {
+    file[at] ^= bits;
+    return file;
+}
+
+Bytes Cut(Bytes file, size_t size) {
+    file.resize(size);
+    return file;
+}
+
+TEST(BareStreams, WhatShowsDamageIsTold) {
+    const Bytes g3 = Encoded({"--coding g3-eol"}), twoD = Encoded({"--coding g3-2d"}),
+                g4 = Encoded({"--coding g4"}), mmr = Encoded({"--coding mmr"});
+    const struct {
+        Bytes file;
+        std::string options;
+        int exitCode;
+        std::string words;
+    } told[] = {
+        {Twice(g3), "--coding g3-eol --width 203", 1, "bytes behind its end"},
+        {Twice(g4), "--coding g4 --width 203", 1, "bytes behind its end"},
+        {Twice(g4), "--coding g4 --width 203 --height 31", 1, "bytes behind its end"},
+        {Twice(mmr), "--coding mmr", 1, "bytes behind its end"},
+        {Cut(g4, g4.size() / 2), "--coding g4 --width 203", 1, "ends within a line"},
+        {Damaged(g3, g3.size() / 2, 0x10), "--coding g3-eol", 1, "lines"},
+        {Damaged(twoD, twoD.size() / 2, 0xFF), "--coding g3-2d", 1, "end-of-line codes tell of"},
+        {g3, "--coding g3-eol --width 300", 1, "its lines end at 203 pixels"},
+        {twoD, "--coding g3-2d --width 300 --height 31", 1, "its lines end at 203 pixels"},
+        {mmr, "--coding mmr --width 300", 1, "its lines end at 203 pixels"},
+        {g4, "--coding mmr --width 203", 2, "a block of MMR code"},
+        {Bytes(5000, 0xFF), "--coding g4 --width 1048576", 2, "give --height"},
+    };
+    for (const auto& one : told) {
+        ExpectTool(Words({"convert --force", FileOf(one.file, "told.fax"), NewPath("told.pbm"),
+                          one.options}),
+                   one.exitCode, one.words);
+    }
+    ExpectTool("check --width 8 " + FileOf({'a', 'b', 'c'}, "short.mmr"), 2, "a block of MMR code");
+}
+
+TEST(BareStreams, TheToldFillOrderAndWidthHold) {
+    Bytes mmr = Encoded({"--coding mmr"});
+    ReverseBits(mmr.data() + 4, mmr.size() - 4);
+    EXPECT_TRUE(Read(mmr, "--coding mmr --fill-order 2 --width 203") == Rows());
+    // A line whose code, read from each byte's other end, has lines that agree on a width.
+    const std::string head = "P4\n59296 1\n";
+    Bytes rows(59296 / 8);
+    for (size_t x = 0; x < 59296; ++x)
+        rows[x / 8] |= static_cast<uint8_t>(x % 703 < 3 ? 0 : 0x80U >> x % 8);
+    Bytes page(head.begin(), head.end());
+    page.insert(page.end(), rows.begin(), rows.end());
+    const std::string out = NewPath("wide.fax"), coding = "--coding g3-eol";
+    ExpectTool(Words({"convert", FileOf(page, "wide.pbm"), out, coding}), 0);
+    EXPECT_TRUE(Read(ReadFile(out), Words({coding, "--width 59296 --height 1"})) == rows);
+}
+
 TEST(ImageMagick, WritesWhatIsReadHere) {
     const std::string page = FileOf(PbmOf(Rows()), "page.pbm"), folder = NewFolder("written");
     const std::string cals = folder + "/a.cal", g4 = folder + "/a.g4", fax = folder + "/a.fax";
@@ -145,7 +209,7 @@ Bytes CalsFile(const std::vector<std::string>& records, char filler = ' ',
         std::copy(end.begin(), end.end(),
                   record + static_cast<ptrdiff_t>(kRecordBytes - end.size()));
     }
-    const Bytes code = Encoded({"--coding g4", 0, false});
+    const Bytes code = Encoded({"--coding g4"});
     file.insert(file.end(), code.begin(), code.end());
     return file;
 }
@@ -158,6 +222,9 @@ TEST(CalsInput, LooseHeadersAreRead) {
     EXPECT_TRUE(Read(CalsFile(usual), "") == Rows());
     EXPECT_TRUE(Read(CalsFile(usual, '\0'), "") == Rows());
     EXPECT_TRUE(Read(CalsFile(usual, ' ', "\r\n"), "") == Rows());
+    Bytes padded = CalsFile(usual);
+    padded.resize(padded.size() + 900, ' ');
+    EXPECT_TRUE(Read(padded, "") == Rows());
     const Bytes file = CalsFile(loose);
     EXPECT_TRUE(Read(file, "") == Rows());
     const std::string info = ExpectTool("info " + FileOf(file, "loose.cal"), 0).out;

@@ -47,7 +47,7 @@ TEST(CalsOutput, IsReadByImageMagickAndHere) {
         const std::string file = ReadText(out);
         EXPECT_EQ(Record(file, 0, "srcdocid: "), "NONE");
         EXPECT_EQ(Record(file, 6, "rtype: "), "1");
-        EXPECT_EQ(Record(file, 7, "rorient: "), "090,270");
+        EXPECT_EQ(Record(file, 7, "rorient: "), "000,270");
         EXPECT_EQ(Record(file, 8, "rpelcnt: ").substr(7), "000060");
         EXPECT_EQ(Record(file, 9, "rdensty: "), "0300");
         EXPECT_EQ(file.substr(kUnused, 2048 - kUnused), std::string(2048 - kUnused, ' '));

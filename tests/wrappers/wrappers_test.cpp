@@ -70,6 +70,31 @@ TEST(Wrappers, APictureIsWrittenByteByByteAndReadBack) {
         WriteAndRead(at, false), WriteAndRead(at, true);
 }
 
+// The tail of a picture that was begun through another handle: where is found out, and through a
+// handle that can't read a picture before the length field is ruled out by the file's length.
+TEST(Wrappers, ATailFindsWhereItsPictureBegan) {
+    const struct {
+        size_t at, bytes;
+        uint32_t style;
+        bool told;
+    } cases[] = {{30, 90, OF_READWRITE, true},  {29, 90, OF_READWRITE, false},
+                 {0, 90, OF_READWRITE, false},  {30, 32, OF_READWRITE, true},
+                 {30, 29, OF_READWRITE, false}, {29, 58, OF_WRITE, false},
+                 {30, 59, OF_WRITE, true}};
+    for (const auto& c : cases) {
+        Bytes all(c.bytes, 0x11);
+        const Bytes mark = Hex({"D3EEFB"});
+        std::copy_n(mark.begin(), std::min(mark.size(), c.bytes - std::min(c.at, c.bytes)),
+                    all.begin() + static_cast<long>(std::min(c.at, c.bytes)));
+        const std::string path = FileOf(all, "begun");
+        const OpenStream file(OpenFile(path.c_str(), nullptr, c.style));
+        _llseek(file.Get(), 0, 2);
+        EXPECT_EQ(WriteMODCATail(file.Get()), 1);
+        if (c.told) all[28] = 0, all[29] = static_cast<uint8_t>(c.bytes - 28);
+        EXPECT_EQ(ReadFile(path), Joined(all, Hex({"93007100D3A9C7"}))) << c.at << " " << c.bytes;
+    }
+}
+
 // The result, the record's fields and the position behind it.
 std::string Read(int32_t (*read)(StreamHandle, IocaHeader*), const Bytes& bytes) {
     const OpenStream file(OpenFile(FileOf(bytes, "head").c_str(), nullptr, OF_READ));
