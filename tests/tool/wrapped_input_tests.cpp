@@ -92,7 +92,7 @@ struct Coded {
 uint8_t Reversed(uint8_t byte) {
     uint8_t reversed = 0;
     for (unsigned bit = 0; bit < 8; ++bit)
-        reversed = static_cast<uint8_t>(reversed << 1U | (byte >> bit & 1U));
+        reversed = static_cast<uint8_t>(uint32_t{reversed} << 1U | (uint32_t{byte} >> bit & 1U));
     return reversed;
 }
 
