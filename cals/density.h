@@ -17,7 +17,8 @@ inline int32_t PixelsPerMetre(int32_t pixelsPerInch) {
 }
 
 inline int32_t PixelsPerInch(int32_t pixelsPerMetre) {
-    return static_cast<int32_t>(pixelsPerMetre / kInchesPerMetre + 0.5);
+    const double rounded = pixelsPerMetre / kInchesPerMetre + 0.5;
+    return static_cast<int32_t>(rounded);
 }
 
 }  // namespace vellim
