@@ -13,7 +13,7 @@ using Json = nlohmann::json;
 
 // The second page of the letter as another file.
 std::string PageAs(const char* name) {
-    const std::string path = NewPath(name);
+    std::string path = NewPath(name);
     ExpectTool(Words({"convert", "--pages", "2", Sample("letter.tif"), path}), 0);
     return path;
 }
