@@ -1,10 +1,10 @@
 // Lines on their way into a DIB and out of it. A run's line 0 is the top one, a DIB's row 0 the
-// lowest; TIFF stores a 24-bit pixel red first, a DIB blue first.
+// lowest.
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <utility>
 
+#include "bridge/red_and_blue.h"
 #include "vellim/load.h"
 #include "vellim/save.h"
 
@@ -22,11 +22,6 @@ template <typename Context>
 uint8_t* RowOf(const Context& context, uint32_t lineNumber) {
     const size_t row = static_cast<uint32_t>(context.Height) - 1 - lineNumber;
     return context.Bits + row * context.StrideOrUsage;
-}
-
-void ExchangeRedAndBlue(uint8_t* line, uint32_t bytes) {
-    for (size_t i = 0; i + 2 < bytes; i += 3)
-        std::swap(line[i], line[i + 2]);
 }
 
 // A row's padding stays as it is. A line longer than its row is cut to it.
@@ -51,7 +46,7 @@ uint32_t DllFlushTiffLineDIB(uint8_t* line, uint32_t lineNumber, uintptr_t callb
 uint32_t DllFlushTiffLine24DIB(uint8_t* line, uint32_t lineNumber, uintptr_t callbackData) {
     const auto* context = ContextOf<LoadLineContext>(line, lineNumber, callbackData);
     if (context == nullptr) return 0;
-    ExchangeRedAndBlue(line, context->LineBytes);
+    vellim::ExchangeRedAndBlue(line, context->LineBytes);
     StoreLine(*context, line, lineNumber);
     return 0;
 }
@@ -66,6 +61,6 @@ uint32_t DllFillTiffLineDIB24Bit(uint8_t* line, uint32_t lineNumber, uintptr_t c
     const auto* context = ContextOf<SaveLineContext>(line, lineNumber, callbackData);
     if (context == nullptr) return 0;
     FetchLine(*context, line, lineNumber);
-    ExchangeRedAndBlue(line, context->LineBytes);
+    vellim::ExchangeRedAndBlue(line, context->LineBytes);
     return 0;
 }

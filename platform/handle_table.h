@@ -21,7 +21,13 @@ namespace vellim {
 
 // Bits 29 to 31 of a handle. 0 is left out, so that no handle is 0; files come first, so that
 // theirs are positive as signed numbers.
-enum class HandleKind : uint32_t { kFile = 1, kMemoryBlock = 2, kDeviceContext = 3, kCursor = 4 };
+enum class HandleKind : uint32_t {
+    kFile = 1,
+    kMemoryBlock = 2,
+    kDeviceContext = 3,
+    kCursor = 4,
+    kGraphicsObject = 5
+};
 
 inline constexpr uint32_t kHandleKindShift = 29;
 

@@ -13,7 +13,8 @@
  *   vellim/failures.h  what went wrong
  *   vellim/streams.h   bytes on disk or in memory
  *   vellim/codec.h     the record of a run, for engines in modules of their own
- *   vellim/platform.h  memory blocks, files, display, message boxes */
+ *   vellim/platform.h  memory blocks, files, display, message boxes
+ *   vellim/graphics.h  bitmaps, palettes, device contexts, drawing */
 #ifndef VELLIM_VELLIM_H
 #define VELLIM_VELLIM_H
 
@@ -25,6 +26,7 @@
 #include "vellim/encode.h"
 #include "vellim/failures.h"
 #include "vellim/files.h"
+#include "vellim/graphics.h"
 #include "vellim/load.h"
 #include "vellim/platform.h"
 #include "vellim/queries.h"
