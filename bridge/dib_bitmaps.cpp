@@ -5,7 +5,7 @@
 #include "bridge/dib.h"
 #include "bridge/dib_palettes.h"
 #include "container/sizes.h"
-#include "platform/graphics_guards.h"
+#include "platform/graphics/graphics_guards.h"
 #include "platform/guards.h"
 
 namespace vellim {

@@ -5,7 +5,7 @@
 #include <span>
 
 #include "bridge/dib.h"
-#include "platform/graphics_guards.h"
+#include "platform/graphics/graphics_guards.h"
 #include "platform/guards.h"
 
 namespace vellim {
@@ -94,6 +94,15 @@ PaletteHandle CreateSystemPalette() {
     const auto count = static_cast<uint16_t>(colors);
     return MakePalette(count, [&display, count](Entries entries) {
         return GetSystemPaletteEntries(display.Get(), 0, count, entries.data()) == count;
+    });
+}
+
+PaletteHandle CreateExplicitPalette(DeviceContextHandle context, uint16_t count) {
+    return MakePalette(count, [context, count](Entries entries) {
+        for (size_t i = 0; i < entries.size(); i++)
+            entries[i] = {static_cast<uint8_t>(i), static_cast<uint8_t>(i >> 8U), 0, PC_EXPLICIT};
+        GetSystemPaletteEntries(context, 0, count, entries.data());
+        return true;
     });
 }
 

@@ -18,6 +18,10 @@ PaletteHandle CreatePaletteFromHeader(const BITMAPINFOHEADER* header, uint32_t b
 // The display's colours; 0 for a display that has no palette.
 PaletteHandle CreateSystemPalette();
 
+// The first `count` colours of the context's display: their values where it has a palette,
+// elsewhere their numbers (PC_EXPLICIT). At least one.
+PaletteHandle CreateExplicitPalette(DeviceContextHandle context, uint16_t count);
+
 // White, then black: the reverse of the table that a one-bit DIB gets.
 PaletteHandle CreateMonoPalette();
 

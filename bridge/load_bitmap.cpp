@@ -2,16 +2,15 @@
 // decoder into the bitmap, which finds its own colours for it.
 #include "bridge/dib.h"
 #include "bridge/dib_palettes.h"
+#include "bridge/load_opening.h"
 #include "bridge/red_and_blue.h"
 #include "container/failure.h"
-#include "container/open_tiff.h"
 #include "container/sizes.h"
-#include "platform/graphics_guards.h"
+#include "platform/graphics/graphics_guards.h"
 #include "platform/guards.h"
 #include "vellim/decode.h"
 #include "vellim/load.h"
 #include "vellim/queries.h"
-#include "vellim/tags.h"
 
 namespace vellim {
 namespace {
@@ -51,6 +50,15 @@ BitmapHandle BitmapFor(DeviceContextHandle display, const BITMAPINFOHEADER& head
     return CreateCompatibleBitmap(display, header.biWidth, header.biHeight);
 }
 
+// In whole words, and kept to 16 bits: of a line of 24 bits a pixel that is longer than 65,535
+// bytes (21,845 pixels) only as many pixels as the low 16 bits tell have red and blue exchanged,
+// and those behind them come out with the two mixed up. Other depths don't go by it.
+uint32_t LineBytesOf(const BITMAPINFOHEADER& header) {
+    constexpr uint64_t wordBits = 16;
+    const uint64_t bits = static_cast<uint64_t>(header.biWidth) * header.biBitCount;
+    return static_cast<uint16_t>((bits + wordBits - 1) / wordBits * 2);
+}
+
 // Whether the bitmap now holds the picture, or the part of it that there was.
 bool DecodeIntoBitmap(TiffFileHandle file, int32_t image, LoadLineContext context,
                       uint16_t bitCount) {
@@ -76,14 +84,13 @@ BitmapHandle LoadImage(TiffFileHandle file, int32_t image) {
     const OwnedObject palette(CreateDibPalette(description.Get()));
     const SelectedPalette selected(display.Get(), palette.Get());
     OwnedObject bitmap(BitmapFor(display.Get(), header));
-    const auto lineBytes = PackedRowBytes(header.biWidth, header.biBitCount);
-    if (!bitmap || !lineBytes) return Fail(TIFF_NO_MEMORY, BitmapHandle{0});
+    if (!bitmap) return Fail(TIFF_NO_MEMORY, BitmapHandle{0});
 
     LoadLineContext context{};
     context.DeviceContext = display.Get();
     context.Bitmap = bitmap.Get();
     context.HeaderBlock = description.Get();
-    context.LineBytes = *lineBytes;
+    context.LineBytes = LineBytesOf(header);
     context.StrideOrUsage = DIB_RGB_COLORS;
     return DecodeIntoBitmap(file, image, context, header.biBitCount) ? bitmap.Release() : 0;
 }
@@ -94,9 +101,7 @@ BitmapHandle LoadImage(TiffFileHandle file, int32_t image) {
 BitmapHandle LoadTiffIntoBitmap(const char* fileName, int32_t imageIndex, int32_t showInfo) {
     using namespace vellim;
     const OpenTiff file(fileName, T_READ);
-    if (!file || GetTiffImage(file.Get(), imageIndex) == 0) return 0;
-    // No dialog can be run in this process, which counts as one that failed to.
-    if (showInfo != 0) return Fail(TIFF_NO_MEMORY, BitmapHandle{0});
+    if (!IsReadyToLoad(file, imageIndex, showInfo)) return 0;
     return LoadTiffChainIntoBitmap(file.Get(), imageIndex);
 }
 
@@ -107,7 +112,7 @@ BitmapHandle LoadTiffChainIntoBitmap(TiffFileHandle file, int32_t imageIndex) {
 PaletteHandle GetTiffImagePalette(const char* fileName, int32_t imageIndex) {
     using namespace vellim;
     const OpenTiff file(fileName, T_READ);
-    if (!file || GetTiffImage(file.Get(), imageIndex) == 0) return 0;
+    if (!IsReadyToLoad(file, imageIndex, 0)) return 0;
     const OwnedBlock description(GetTiffRGBQuad(file.Get(), imageIndex));
     const LockedBlock block(description.Get());
     if (!block || block.As<BITMAPINFOHEADER>()->biBitCount == 1) return 0;

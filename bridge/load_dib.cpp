@@ -4,14 +4,13 @@
 
 #include "bridge/damage_warning.h"
 #include "bridge/dib.h"
+#include "bridge/load_opening.h"
 #include "container/failure.h"
-#include "container/open_tiff.h"
 #include "container/sizes.h"
 #include "platform/guards.h"
 #include "vellim/decode.h"
 #include "vellim/load.h"
 #include "vellim/queries.h"
-#include "vellim/tags.h"
 
 namespace vellim {
 namespace {
@@ -79,8 +78,5 @@ DibHandle LoadImage(TiffFileHandle file, int32_t image) {
 DibHandle LoadTiffIntoDIB(const char* fileName, int32_t imageIndex, int32_t showInfo) {
     using namespace vellim;
     const OpenTiff file(fileName, T_READ);
-    if (!file || GetTiffImage(file.Get(), imageIndex) == 0) return 0;
-    // No dialog can be run in this process, which counts as one that failed to.
-    if (showInfo != 0) return Fail(TIFF_NO_MEMORY, DibHandle{0});
-    return LoadImage(file.Get(), imageIndex);
+    return IsReadyToLoad(file, imageIndex, showInfo) ? LoadImage(file.Get(), imageIndex) : 0;
 }

@@ -4,11 +4,9 @@
 #include <array>
 #include <cstring>
 
-#include "bridge/dib.h"
 #include "bridge/save_choices.h"
 #include "container/failure.h"
-#include "container/sizes.h"
-#include "platform/guards.h"
+#include "platform/graphics/graphics_guards.h"
 #include "vellim/files.h"
 #include "vellim/streams.h"
 #include "vellim/tags.h"
@@ -49,10 +47,8 @@ const StoredCompression* FindCompression(uint32_t id) {
 // Dots an inch, without a fraction. A header that has no sensible figure leaves it to the display.
 uint32_t DotsPerInchOf(int32_t pelsPerMetre, int32_t displayCapability) {
     if (pelsPerMetre > 0) return static_cast<uint32_t>(pelsPerMetre * kInchesPerMetre);
-    const DeviceContextHandle screen = GetDC(0);
-    const int32_t dots = GetDeviceCaps(screen, displayCapability);
-    ReleaseDC(0, screen);
-    return static_cast<uint32_t>(dots);
+    const ScopedContext screen(ScopedContext::Kind::Display);
+    return static_cast<uint32_t>(GetDeviceCaps(screen.Get(), displayCapability));
 }
 
 bool DefineShort(TiffFileHandle file, int32_t image, uint32_t tag, uint32_t value) {
@@ -86,11 +82,6 @@ bool DefineTexts(TiffFileHandle file, int32_t image) {
 
 }  // namespace
 
-SaveChoices& ThreadSaveChoices() {
-    thread_local SaveChoices choices;
-    return choices;
-}
-
 bool IsSaveCompression(uint32_t compression) {
     return FindCompression(compression) != nullptr;
 }
@@ -112,32 +103,6 @@ bool DefineSaveTags(TiffFileHandle file, int32_t image, uint32_t compression,
            DefineOverOne(file, image, TIFF_TAG_Y_RESOLUTION, down) &&
            (stored->furtherTag == 0 ||
             DefineShort(file, image, stored->furtherTag, stored->furtherValue));
-}
-
-bool DefineColorMapFromDib(TiffFileHandle file, int32_t image, uint32_t photometric,
-                           const BITMAPINFOHEADER* header, uint32_t blockBytes) {
-    constexpr uint32_t kLists = 3;  // all reds, all greens, all blues
-    constexpr unsigned kHighByte = 8;
-    if (!DefineShort(file, image, TIFF_TAG_PHOTOMETRIC, photometric)) return false;
-    const uint32_t colors = DibColorCount(header);
-    if (photometric != kPalette || colors == 0) return true;
-    if (DibBitsOffset(header) > blockBytes) return Fail(TIFF_UNEXPECTED_END, false);
-    const auto bytes = CheckedSize(colors, kLists * int64_t{sizeof(uint16_t)});
-    const OwnedBlock mapBlock(bytes ? GlobalAlloc(GHND, *bytes) : 0);
-    const LockedBlock locked(mapBlock.Get());
-    if (!locked) return Fail(TIFF_NO_MEMORY, false);
-
-    auto* map = locked.As<uint16_t>();
-    const auto* table = reinterpret_cast<const uint8_t*>(header) + header->biSize;
-    for (uint32_t i = 0; i < colors; i++) {
-        RGBQUAD color;
-        std::memcpy(&color, table + size_t{i} * sizeof color, sizeof color);
-        map[i] = static_cast<uint16_t>(color.rgbRed << kHighByte);
-        map[colors + i] = static_cast<uint16_t>(color.rgbGreen << kHighByte);
-        map[2 * colors + i] = static_cast<uint16_t>(color.rgbBlue << kHighByte);
-    }
-    return DefineTiffImageInfoBuffer(file, image, TIFF_TAG_COLOR_MAP, map, TIFF_TYPE_SHORT,
-                                     kLists * colors) != 0;
 }
 
 }  // namespace vellim

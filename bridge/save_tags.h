@@ -1,4 +1,4 @@
-// The tags that a saved image gets beside those of its size.
+// The tags that a saved image gets beside those of its size and its colours.
 #pragma once
 
 #include <cstdint>
@@ -16,10 +16,5 @@ bool IsCcittCompression(uint32_t compression);
 // one can't be defined, with the code that this left.
 bool DefineSaveTags(TiffFileHandle file, int32_t image, uint32_t compression,
                     const BITMAPINFOHEADER* header);
-
-// Photometric, and for a palette the DIB's colours as ColorMap (TIFF 6.0, section 5), each byte in
-// the high half of a 16-bit value. `blockBytes` is the room from the header to its block's end.
-bool DefineColorMapFromDib(TiffFileHandle file, int32_t image, uint32_t photometric,
-                           const BITMAPINFOHEADER* header, uint32_t blockBytes);
 
 }  // namespace vellim

@@ -4,20 +4,17 @@
 #include <optional>
 
 #include "bridge/damage_warning.h"
-#include "bridge/dib.h"
-#include "cals/density.h"
+#include "cals/cals_image.h"
 #include "container/failure.h"
 #include "container/sizes.h"
 #include "container/streams.h"
 #include "platform/guards.h"
 #include "vellim/cals.h"
-#include "vellim/decode.h"
 
 namespace vellim {
 namespace {
 
-constexpr RGBQUAD kColors[] = {{255, 255, 255, 0}, {0, 0, 0, 0}};
-constexpr uint32_t kBitsOffset = sizeof(BITMAPINFOHEADER) + sizeof kColors;
+constexpr uint32_t kBitsOffset = sizeof(CalsDescription);
 constexpr uint32_t kSpareBytes = 100;  // behind the last row
 
 // Of the rows of a picture as `info` gives its size. Nothing when it is above the limits, or its
@@ -29,23 +26,10 @@ std::optional<uint32_t> DibBytes(const CalsInfo& info) {
     return CheckedSize(*stride, info.rpelcnt[1], kBitsOffset + kSpareBytes);
 }
 
-void WriteDescription(const CalsInfo& info, uint8_t* block) {
-    BITMAPINFOHEADER header;
-    InitDibHeader(&header, info.rpelcnt[0], info.rpelcnt[1], 1);
-    header.biXPelsPerMeter = PixelsPerMetre(info.rdensty);
-    header.biYPelsPerMeter = header.biXPelsPerMeter;
-    std::memcpy(block, &header, sizeof header);
-    std::memcpy(block + sizeof header, kColors, sizeof kColors);
-}
-
-// The decoder moves to data within the file alone. Behind a header without data it has to stand at
-// the file's end, which fails with 6, lest it take the header's own bytes for code.
-bool Decode(StreamHandle file, int32_t width, int32_t height, const CalsLineContext& context) {
+bool Decode(StreamHandle file, const CalsInfo& info, const CalsLineContext& context) {
     const WaitCursor wait;
-    mSeek(file, CALS_HEADER_BYTES, 0);
-    return DecodeCcittImageFrom(file, CALS_HEADER_BYTES, width, height, TIFF_KEY_GROUP4,
-                                TIFF_FILL_MSB_FIRST, TIFF_LITTLE_ENDIAN,
-                                reinterpret_cast<uintptr_t>(&context), DllFlushCALSLineDIB) != 0;
+    return DecodeCalsImage(file, info, reinterpret_cast<uintptr_t>(&context),
+                           DllFlushCALSLineDIB) != 0;
 }
 
 // Whether the rows now hold the picture, or the part of it that there was.
@@ -58,14 +42,15 @@ bool DecodeIntoRows(const char* path, const CalsInfo& info, uint8_t* rows) {
     context.Height = static_cast<uint32_t>(height);
     context.LineBytes = PackedRowBytes(width, 1).value_or(0);
     context.Stride = StoredRowBytes(width, 1).value_or(0);
-    return Decode(file.Get(), width, height, context) || IsWorthKeeping("CALS warning");
+    return Decode(file.Get(), info, context) || IsWorthKeeping("CALS warning");
 }
 
 bool FillDib(const char* path, const CalsInfo& info, GlobalHandle dib) {
     const LockedBlock block(dib);
     if (!block) return Fail(TIFF_NO_MEMORY, false);
     auto* bytes = block.As<uint8_t>();
-    WriteDescription(info, bytes);
+    const CalsDescription description = DescribeCalsImage(info);
+    std::memcpy(bytes, &description, sizeof description);
     return DecodeIntoRows(path, info, bytes + kBitsOffset);
 }
 

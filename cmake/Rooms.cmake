@@ -36,10 +36,11 @@ target_include_directories(vellim_include INTERFACE
 
 set_property(GLOBAL PROPERTY VELLIM_ROOMS "")
 
-# vellim_room(NAME [USES ROOM...]): the static library vellim_NAME of all sources of folder NAME.
+# vellim_room(NAME [USES ROOM...]): the static library vellim_NAME of all sources of folder NAME and
+# those in it.
 function(vellim_room name)
   cmake_parse_arguments(ROOM "" "" "USES" ${ARGN})
-  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${name}/*.cpp)
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${name}/*.cpp)
   add_library(vellim_${name} STATIC ${sources})
   set(root ${CMAKE_BINARY_DIR}/rooms/${name})
   file(MAKE_DIRECTORY ${root})

@@ -14,7 +14,7 @@
 #include "container/open_tiff.h"
 #include "container/streams.h"
 #include "container/tag_buffer.h"
-#include "platform/file_replacement.h"
+#include "platform/files/file_replacement.h"
 #include "vellim/tags.h"
 
 namespace vellim {

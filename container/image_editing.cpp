@@ -14,7 +14,7 @@
 #include "container/streams.h"
 #include "container/tag_buffer.h"
 #include "container/tiff_file.h"
-#include "platform/file_replacement.h"
+#include "platform/files/file_replacement.h"
 #include "vellim/edit.h"
 #include "vellim/tags.h"
 

@@ -11,7 +11,7 @@
 #include <cstring>
 #include <limits>
 
-#include "platform/descriptors.h"
+#include "platform/files/descriptors.h"
 #include "platform/guards.h"
 
 namespace vellim {

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "platform/descriptors.h"
+#include "platform/files/descriptors.h"
 #include "platform/guards.h"
 #include "vellim/files.h"
 #include "vellim/streams.h"

@@ -26,7 +26,8 @@ enum class HandleKind : uint32_t {
     kMemoryBlock = 2,
     kDeviceContext = 3,
     kCursor = 4,
-    kGraphicsObject = 5
+    kGraphicsObject = 5,
+    kWindow = 6
 };
 
 inline constexpr uint32_t kHandleKindShift = 29;

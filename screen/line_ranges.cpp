@@ -33,7 +33,7 @@ std::optional<LineCopy> CopyOfLine(uint32_t flags, const RECT& image, const RECT
         return LineCopy{Place(x), paint.top, 1, Place(int64_t{source.bottom} - source.top),
                         0,        source.top};
     };
-    switch (flags & kTurnMask) {
+    switch (flags & VIEW_TURN_MASK) {
         case 0:
             if (!Within(n, source.top, source.bottom)) return {};
             return row(n);
@@ -49,10 +49,20 @@ std::optional<LineCopy> CopyOfLine(uint32_t flags, const RECT& image, const RECT
     }
 }
 
+// The line beyond those on show falls behind the last one unless the lines run backwards.
+RECT CoverOfLines(uint32_t flags, const RECT& image, const RECT& source) {
+    const uint32_t turns = flags & VIEW_TURN_MASK;
+    const auto edge = [](int64_t from, int64_t to, int64_t end, bool isPassed) {
+        return Place(std::min(to + static_cast<int64_t>(isPassed), end) - from);
+    };
+    return {0, 0, edge(source.left, source.right, image.right, turns == 3),
+            edge(source.top, source.bottom, image.bottom, turns == 0)};
+}
+
 uint32_t LineOperation(uint32_t bitsPerPixel, std::optional<uint32_t> photometric, uint32_t flags) {
     constexpr uint32_t kWhiteIsZero = 0;
     const bool whiteIsZero = bitsPerPixel == 1 && photometric == kWhiteIsZero;
-    const bool inverted = (flags & kInvertedView) != 0;
+    const bool inverted = (flags & VIEW_INVERTED) != 0;
     return whiteIsZero != inverted ? NOTSRCCOPY : SRCCOPY;
 }
 

@@ -25,6 +25,11 @@ struct LineCopy {
 std::optional<LineCopy> CopyOfLine(uint32_t flags, const RECT& image, const RECT& source,
                                    const RECT& dest, const RECT& paint, uint32_t line);
 
+// What the copies of all lines on show cover, in the picture's units from (0, 0). Where a pixel of
+// the picture is several of the device, rounding may leave that a little short of the view's
+// PaintRect.
+RECT CoverOfLines(uint32_t flags, const RECT& image, const RECT& source);
+
 // NOTSRCCOPY for one bit a pixel with a Photometric of white is zero, for a set bit is white on the
 // screen; SRCCOPY for all else. An inverted view exchanges the two, at any depth. `photometric` is
 // nothing where the picture doesn't tell.

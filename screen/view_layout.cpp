@@ -59,7 +59,7 @@ struct Span {
 
 // The part of an axis that the client area shows. The bar's position lies within its range, so that
 // the part ends within the picture.
-Span VisibleSpan(int32_t zoomed, int32_t client, const ScrollBarState& bar) {
+Span VisibleSpan(int32_t zoomed, int32_t client, const BarState& bar) {
     if (zoomed <= client) return {0, zoomed};
     const int64_t range = int64_t{bar.Maximum} - bar.Minimum;
     if (range <= 0) return {0, client};
@@ -111,7 +111,7 @@ void ScrollInWindow(const ViewRequest& request, const ViewWindow& window, ViewLa
 }  // namespace
 
 bool RowsStayRows(uint32_t flags) {
-    return (flags & kTurnMask) % 2 == 0;
+    return (flags & VIEW_TURN_MASK) % 2 == 0;
 }
 
 float DotsPerInch(int32_t pixelsPerMetre) {
@@ -122,11 +122,11 @@ ViewLayout LayOutView(const ViewRequest& request, const ViewWindow& window) {
     ViewLayout view{};
     view.ImageRect = Turned(request);
     view.ZoomX = view.ZoomY = 1;
-    if ((request.Flags & kFitView) != 0) {
+    if ((request.Flags & VIEW_FIT) != 0) {
         FitWindow(window, view);
         return view;
     }
-    if ((request.Flags & kZoomView) != 0) {
+    if ((request.Flags & VIEW_ZOOM) != 0) {
         const ZoomRatios ratios = request.Ratios != nullptr ? *request.Ratios : ZoomRatios{};
         view.ZoomX =
             AxisZoom(request.DeviceDpiX, request.ImageDpiX, ratios.XNumerator, ratios.XDenominator);

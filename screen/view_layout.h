@@ -7,27 +7,9 @@
 
 #include <cstdint>
 
-#include "vellim/graphics.h"
+#include "vellim/screen.h"
 
 namespace vellim {
-
-// The low two bits of a view's flags are its quarter turns, clockwise. The fit view, where the
-// picture is stretched over the window, wins over the zoom view, which is real size by resolution.
-// With neither a pixel of the picture is one of the device.
-enum ViewFlag : uint32_t {
-    kTurnMask = 3,
-    kZoomView = 4,
-    kFitView = 8,
-    kInvertedView = 0x20,
-};
-
-// Fractions that real size is multiplied by; one with a 0 in it leaves its axis alone.
-struct ZoomRatios {
-    int32_t XNumerator;
-    int32_t XDenominator;
-    int32_t YNumerator;
-    int32_t YDenominator;
-};
 
 // Whether a row of the picture remains one: at no turn and at two. Else it becomes a column.
 bool RowsStayRows(uint32_t flags);
@@ -35,7 +17,7 @@ bool RowsStayRows(uint32_t flags);
 // Dots an inch of a resolution in pixels a metre; 0 remains 0.
 float DotsPerInch(int32_t pixelsPerMetre);
 
-struct ScrollBarState {
+struct BarState {
     int32_t Minimum;
     int32_t Maximum;
     int32_t Position;  // one beyond the range counts as its end
@@ -52,8 +34,8 @@ struct ViewRequest {
     float ImageDpiX;  // 0: the device's
     float ImageDpiY;
     const ZoomRatios* Ratios;  // may be null; read in the zoom view alone
-    ScrollBarState HorizontalBar;
-    ScrollBarState VerticalBar;
+    BarState HorizontalBar;
+    BarState VerticalBar;
 };
 
 // Which bars a window is to show or hide; numbered as ShowScrollBar has them.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -75,10 +76,33 @@ struct TagOptions {
     bool acceptLoss = false;
 };
 
+struct PaintOptions {
+    std::string input;
+    std::string output;
+    uint32_t width = 0;  // of the window
+    uint32_t height = 0;
+    uint32_t page = 1;
+
+    // Times real size. Neither this nor `fit`: a pixel of the page is one of the window.
+    struct Zoom {
+        uint32_t numerator = 1;
+        uint32_t denominator = 1;
+    };
+    std::optional<Zoom> zoom;
+    bool fit = false;
+    uint32_t degrees = 0;  // clockwise: 0, 90, 180 or 270
+    bool invert = false;
+    uint32_t scrollX = 0;
+    uint32_t scrollY = 0;
+    uint32_t dpi = 96;
+    bool force = false;
+};
+
 Outcome RunInfo(const InfoOptions& options);
 Outcome RunCheck(const CheckOptions& options);
 Outcome RunConvert(const ConvertOptions& options);
 Outcome RunPages(const PagesOptions& options);
 Outcome RunTag(const TagOptions& options);
+Outcome RunPaint(const PaintOptions& options);
 
 }  // namespace vellim::tool

@@ -9,6 +9,7 @@
 
 #include "commands.h"
 #include "messages.h"
+#include "paint_options.h"
 #include "vellim/files.h"
 
 namespace vellim::tool {
@@ -25,6 +26,7 @@ constexpr const char* kAbout = R"(Examples:
   vellim check *.tif                      decode all and tell what is damaged
   vellim pages a.tif b.tif -o both.tif    pages put together, data as it is stored
   vellim tag fax.tif set Artist "J. Doe"  a tag changed
+  vellim paint fax.tif view.png --window 800x600 --fit
 
 vellim reads scanned documents and faxes: TIFF, CALS, IOCA and MO:DCA files, and bare
 streams of fax code.
@@ -279,6 +281,13 @@ CLI::App* AddTag(CLI::App& app, TagOptions& options) {
     return command;
 }
 
+CLI::App* AddPaint(CLI::App& app, PaintOptions& options) {
+    CLI::App* command =
+        AddCommand(app, "paint", "Show what a window would show of a page", kAboutPaint);
+    AddPaintOptions(*command, options);
+    return command;
+}
+
 std::string VersionText() {
     constexpr int kEnough = 64;
     std::array<char, kEnough> version{};
@@ -332,11 +341,13 @@ Outcome Run(int argc, char** argv) {
     CheckOptions check;
     PagesOptions pages;
     TagOptions tag;
+    PaintOptions paint;
     const CLI::App* infoCommand = AddInfo(app, info);
     const CLI::App* convertCommand = AddConvert(app, convert);
     const CLI::App* checkCommand = AddCheck(app, check);
     const CLI::App* pagesCommand = AddPages(app, pages);
     const CLI::App* tagCommand = AddTag(app, tag);
+    const CLI::App* paintCommand = AddPaint(app, paint);
 
     try {
         UnshieldArguments(app);
@@ -348,6 +359,7 @@ Outcome Run(int argc, char** argv) {
     if (convertCommand->parsed()) return RunConvert(convert);
     if (pagesCommand->parsed()) return RunPages(pages);
     if (tagCommand->parsed()) return RunTag(tag);
+    if (paintCommand->parsed()) return RunPaint(paint);
     return checkCommand->parsed() ? RunCheck(check) : Outcome::Usage;
 }
 

@@ -7,6 +7,8 @@
 #define VELLIM_CALS_H
 
 #include "vellim/base.h"
+#include "vellim/graphics.h"
+#include "vellim/screen.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -95,6 +97,43 @@ VELLIM_API int32_t SaveDIBInCALSFormat(const char* path, DibHandle dib, const Ca
  * over. */
 VELLIM_API uint32_t DllFlushCALSLineDIB(uint8_t* line, uint32_t lineNumber, uintptr_t callbackData);
 VELLIM_API uint32_t DllFillCALSLineDIB(uint8_t* line, uint32_t lineNumber, uintptr_t callbackData);
+
+/* Paints the picture of a CALS file as DecompressTiffToScreen (vellim/screen.h) paints that of a
+ * TIFF file, at the one density of its header. `dc` stays in MM_TEXT. 1 when the whole picture was
+ * painted, else 0: with the code left alone for a `window` or `dc` that is none; the codes of
+ * ReadCALSInfo; 1 (memory; a picture above the limits of SetTiffSizeLimits) and 6 (the file is gone
+ * by then), with nothing painted; or the decoder's, where the lines that came are painted. */
+VELLIM_API int32_t DecompressCALSToScreen(WindowHandle window, DeviceContextHandle dc,
+                                          const char* fileName, const ZoomRatios* zoom,
+                                          uint32_t flags);
+
+/* What the line functions below work on; pass its address as `callbackData`. The rectangles are
+ * those of the view: the whole turned picture in its own pixels, the part on show moved to the
+ * origin, that part, and the same in pixels of the device moved to the origin. */
+typedef struct CalsScreenContext {
+    BitmapHandle LineBitmap;           /* one line of one bit: a row, or a column when turned */
+    DeviceContextHandle DeviceContext; /* the caller's */
+    DeviceContextHandle LineDC;        /* of memory, with LineBitmap */
+    RECT ImageRect;
+    RECT DestRect;
+    RECT SourceRect;
+    RECT PaintRect;
+    uint32_t LineBytes; /* handed to SetBitmapBits */
+    uint8_t* Scratch;   /* room for RowPixels x 4 bytes, zero at first */
+    uint32_t RasterOp;
+    uint32_t RowPixels; /* of a decoded line */
+} CalsScreenContext;
+
+/* LineCallbacks that paint a decoded line unturned or turned clockwise, or nothing where it isn't
+ * in view. They read the record alone, and give 0. */
+VELLIM_API uint32_t FlushCALSLineToScreen(uint8_t* line, uint32_t lineNumber,
+                                          uintptr_t callbackData);
+VELLIM_API uint32_t FlushCALS90LineToScreen(uint8_t* line, uint32_t lineNumber,
+                                            uintptr_t callbackData);
+VELLIM_API uint32_t FlushCALS180LineToScreen(uint8_t* line, uint32_t lineNumber,
+                                             uintptr_t callbackData);
+VELLIM_API uint32_t FlushCALS270LineToScreen(uint8_t* line, uint32_t lineNumber,
+                                             uintptr_t callbackData);
 
 #ifdef __cplusplus
 }

@@ -17,7 +17,7 @@ typedef struct LoadLineContext {
     DibHandle HeaderBlock;  /* describes the image; rows it need not have */
     uint8_t* Bits;          /* first stored row, which is the picture's lowest */
     uint32_t Height;        /* rows of the DIB */
-    uint32_t LineBytes;     /* bytes of a decoded line */
+    uint32_t LineBytes;     /* bytes of a decoded line; of a bitmap those to exchange colours in */
     uint32_t StrideOrUsage; /* DIB: bytes of a stored row; bitmap: a DibColorUse */
 } LoadLineContext;
 
@@ -39,12 +39,22 @@ VELLIM_API uint32_t DllFlushTiffLine24DIB(uint8_t* line, uint32_t lineNumber,
 /* Loads an image as a device bitmap, which the caller ends with DeleteObject: of one bit for an
  * image of two colours, else of the display's format, colours by the nearest that it has. Image
  * data that ends with code 5 gives the lines that came, the others zero, without a message; all
- * other failures give 0 with the code of the step that failed. `showInfo` as in LoadTiffIntoDIB. */
+ * other failures give 0 with the code of the step that failed. `showInfo` as in LoadTiffIntoDIB.
+ *
+ * Of a line of 24 bits a pixel that is longer than 65,535 bytes only the low 16 bits of its length
+ * count: the pixels behind so many bytes have red and blue mixed up. */
 VELLIM_API BitmapHandle LoadTiffIntoBitmap(const char* fileName, int32_t imageIndex,
                                            int32_t showInfo);
 
 /* The same of an open file whose image is in memory (GetTiffImage); the file stays open. */
 VELLIM_API BitmapHandle LoadTiffChainIntoBitmap(TiffFileHandle file, int32_t imageIndex);
+
+/* Loads an image as LoadTiffIntoBitmap does and puts it on the clipboard (vellim/windows.h), which
+ * owns it from then on, in place of what is there: 1. Else 0, the clipboard left as it was: with
+ * the codes of LoadTiffIntoBitmap, or where another has the clipboard open without one of its
+ * own. */
+VELLIM_API int32_t LoadTiffFileIntoClipboard(const char* fileName, int32_t imageIndex,
+                                             int32_t showInfo);
 
 /* The image's colours as a palette, which the caller ends with DeleteObject: of an image of 24 bits
  * a spread of 256 that ends in white, of one bit none. 0 on failure. */

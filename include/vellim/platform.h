@@ -109,7 +109,8 @@ enum DeviceCapability {
     SIZEPALETTE = 104
 };
 
-/* A device context of the display (`window` 0), to be given back with ReleaseDC. */
+/* A device context of the display (`window` 0) or of a window (vellim/windows.h), to be given back
+ * with ReleaseDC. */
 VELLIM_API DeviceContextHandle GetDC(WindowHandle window);
 VELLIM_API int32_t ReleaseDC(WindowHandle window, DeviceContextHandle context);
 

@@ -4,9 +4,9 @@
  *   vellim/tags.h      read and define the tags of an image
  *   vellim/queries.h   size, colours, strips, resolution
  *   vellim/decode.h    an image, line by line
- *   vellim/load.h      an image as a DIB
+ *   vellim/load.h      an image as a DIB or a bitmap
  *   vellim/encode.h    an image stored, line by line
- *   vellim/save.h      a DIB stored as an image
+ *   vellim/save.h      a DIB or a bitmap stored as an image
  *   vellim/edit.h      tags of stored images changed, images copied from file to file
  *   vellim/cals.h      CALS raster files
  *   vellim/wrappers.h  IOCA and MO:DCA around MMR image data
@@ -14,7 +14,9 @@
  *   vellim/streams.h   bytes on disk or in memory
  *   vellim/codec.h     the record of a run, for engines in modules of their own
  *   vellim/platform.h  memory blocks, files, display, message boxes
- *   vellim/graphics.h  bitmaps, palettes, device contexts, drawing */
+ *   vellim/graphics.h  bitmaps, palettes, device contexts, drawing
+ *   vellim/windows.h   windows, scroll bars, the clipboard
+ *   vellim/screen.h    a picture painted straight from its file */
 #ifndef VELLIM_VELLIM_H
 #define VELLIM_VELLIM_H
 
@@ -31,8 +33,10 @@
 #include "vellim/platform.h"
 #include "vellim/queries.h"
 #include "vellim/save.h"
+#include "vellim/screen.h"
 #include "vellim/streams.h"
 #include "vellim/tags.h"
+#include "vellim/windows.h"
 #include "vellim/wrappers.h"
 
 #endif /* VELLIM_VELLIM_H */

@@ -52,6 +52,34 @@ FIELD(LoadLineContext, Height, 16, 24);
 FIELD(LoadLineContext, LineBytes, 20, 28);
 FIELD(LoadLineContext, StrideOrUsage, 24, 32);
 
+SIZE(ZoomRatios, 16, 16);
+FIELD(ZoomRatios, XDenominator, 4, 4);
+FIELD(ZoomRatios, YNumerator, 8, 8);
+FIELD(ZoomRatios, YDenominator, 12, 12);
+
+SIZE(ScreenLineContext, 40, 56);
+FIELD(ScreenLineContext, LineBitmap, 4, 4);
+FIELD(ScreenLineContext, HeaderBlock, 8, 8);
+FIELD(ScreenLineContext, Reserved, 12, 12);
+FIELD(ScreenLineContext, RowPixels, 16, 16);
+FIELD(ScreenLineContext, LineBytes, 20, 20);
+FIELD(ScreenLineContext, ColorUse, 24, 24);
+FIELD(ScreenLineContext, Header, 28, 32);
+FIELD(ScreenLineContext, RasterOp, 32, 40);
+FIELD(ScreenLineContext, Scratch, 36, 48);
+
+SIZE(CalsScreenContext, 92, 96);
+FIELD(CalsScreenContext, DeviceContext, 4, 4);
+FIELD(CalsScreenContext, LineDC, 8, 8);
+FIELD(CalsScreenContext, ImageRect, 12, 12);
+FIELD(CalsScreenContext, DestRect, 28, 28);
+FIELD(CalsScreenContext, SourceRect, 44, 44);
+FIELD(CalsScreenContext, PaintRect, 60, 60);
+FIELD(CalsScreenContext, LineBytes, 76, 76);
+FIELD(CalsScreenContext, Scratch, 80, 80);
+FIELD(CalsScreenContext, RasterOp, 84, 88);
+FIELD(CalsScreenContext, RowPixels, 88, 92);
+
 SIZE(SaveLineContext, 32, 48);
 FIELD(SaveLineContext, Bitmap, 4, 4);
 FIELD(SaveLineContext, HeaderBlock, 8, 8);

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "bridge/dib_palettes.h"
-#include "platform/display.h"
+#include "platform/graphics/display.h"
 #include "support/shown_colors.h"
 
 namespace vellim::test {

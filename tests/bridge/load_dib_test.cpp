@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "platform/guards.h"
-#include "platform/memory_blocks.h"
+#include "platform/memory/memory_blocks.h"
 #include "support/tiff_builder.h"
 #include "vellim/vellim.h"
 

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/memory_blocks.h"
+#include "platform/memory/memory_blocks.h"
 #include "support/dib_maker.h"
 #include "support/test_files.h"
 #include "vellim/vellim.h"

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/guards.h"
-#include "platform/memory_blocks.h"
+#include "platform/memory/memory_blocks.h"
 #include "support/engine_run.h"
 #include "vellim/vellim.h"
 

@@ -5,7 +5,7 @@
 
 #include "container/opened_tiff.h"
 #include "container/streams.h"
-#include "platform/file_replacement.h"
+#include "platform/files/file_replacement.h"
 #include "support/stored_tiff.h"
 #include "vellim/edit.h"
 #include "vellim/failures.h"

@@ -5,7 +5,7 @@
 
 #include <functional>
 
-#include "platform/memory_blocks.h"
+#include "platform/memory/memory_blocks.h"
 #include "support/faults.h"
 #include "support/test_files.h"
 #include "vellim/failures.h"

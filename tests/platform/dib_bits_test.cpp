@@ -6,7 +6,7 @@
 #include <cstring>
 #include <random>
 
-#include "platform/display.h"
+#include "platform/graphics/display.h"
 #include "support/test_files.h"
 #include "vellim/graphics.h"
 

@@ -1,6 +1,7 @@
 // Device contexts and drawing: copies of all kinds against a plain model that goes pixel by pixel.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <functional>
 #include <limits>
@@ -10,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/surface.h"
+#include "platform/graphics/surface.h"
 #include "vellim/graphics.h"
 #include "vellim/platform.h"
 
@@ -202,7 +203,8 @@ TEST(Drawing, CopiesAsThePlainModelDoes) {
         const auto byte = [&] { return static_cast<uint32_t>(dice.Between(0, 255)); };
         const auto depth = [&] { return dice.Of({1U, 4U, 8U, 24U}); };
         const Canvas to(dice.Between(1, 90), dice.Between(1, 12), depth());
-        const Canvas other(dice.Between(1, 200), dice.Between(1, 12), depth());
+        const int32_t otherWidth = dice.Between(0, 5) == 0 ? 1 : dice.Between(1, 200);
+        const Canvas other(otherWidth, dice.Between(1, 12), depth());
         const Canvas& from = dice.Between(0, 3) == 0 ? to : other;
         to.Fill(byte);
         other.Fill(byte);
@@ -257,6 +259,39 @@ TEST(Drawing, CopiesAsThePlainModelDoes) {
         DeleteObject(brush);
     }
     EXPECT_GT(drawn, 40000U) << "most copies miss";
+}
+
+// What a context keeps for the next copy of its kind never shows.
+TEST(Drawing, ManyCopiesOnOneContextAreEachAsOnAFreshOne) {
+    for (const uint32_t depth : {1U, 8U, 24U}) {
+        Dice dice(depth);
+        const Canvas worn(60, 6, depth);
+        std::array<PALETTEENTRY, 256> colors{};
+        for (int32_t i = 0; i < 3000; i++) {
+            const Canvas from(dice.Of({1, 40, 100}), 2, dice.Of({1U, 1U, 8U, 24U}));
+            const bool isBlank = dice.Between(0, 1) == 0;
+            from.Fill([&] { return isBlank ? 0 : static_cast<uint32_t>(dice.Between(0, 255)); });
+            if (dice.Between(0, 99) == 0) {
+                colors.fill({static_cast<uint8_t>(i), 0, 9, 0});
+                SetDisplayPalette(dice.Between(0, 1) == 0 ? colors.data() : nullptr);
+            }
+            const Canvas fresh(60, 6, depth);
+            BitBlt(fresh.context, 0, 0, 60, 6, worn.context, 0, 0, SRCCOPY);
+            const int32_t y = dice.Between(0, 5), height = dice.Between(0, 2);
+            const int32_t width = dice.Of({20, 40, 100}), mode = dice.Between(1, 3);
+            const auto color = dice.Of<ColorRef>({0, 0, 0xFF}), back = dice.Of({kWhite, 0x1234U});
+            const auto operation = dice.Of<uint32_t>({SRCCOPY, NOTSRCCOPY, SRCINVERT});
+            for (const Canvas* canvas : {&worn, &fresh}) {
+                SetStretchBltMode(canvas->context, mode);
+                SetTextColor(canvas->context, color);
+                SetBkColor(canvas->context, back);
+                StretchBlt(canvas->context, 5, y, width, height, from.context, 0, 0, from.width, 2,
+                           operation);
+            }
+            ASSERT_EQ(worn.Read(), fresh.Read()) << depth << ' ' << i;
+        }
+        SetDisplayPalette(nullptr);
+    }
 }
 
 TEST(Drawing, JoinsAndRepeatsAsWorkedOutByHand) {

@@ -1,5 +1,5 @@
 // Putting a new file in an old one's place.
-#include "platform/file_replacement.h"
+#include "platform/files/file_replacement.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

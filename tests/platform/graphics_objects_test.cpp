@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <array>
 
-#include "platform/display.h"
-#include "platform/graphics_objects.h"
+#include "platform/graphics/display.h"
+#include "platform/graphics/graphics_objects.h"
 #include "support/test_files.h"
 
 namespace {

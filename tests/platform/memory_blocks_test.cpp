@@ -1,4 +1,4 @@
-#include "platform/memory_blocks.h"
+#include "platform/memory/memory_blocks.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>

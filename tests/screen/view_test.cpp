@@ -54,7 +54,7 @@ TEST(View, RectanglesFollowFlagsAndWindow) {
              {4, 7874, back, page, {0, 1, -828, 1056, 0, 436, -828, 1056, 0, 908, 1725, 2200}},
              {12, 7874, half, page, {0, 0, 820, 620, 0, 0, 820, 620, 0, 0, 1728, 2200}},
              {11, 7874, half, page, {0, 0, 820, 620, 0, 0, 820, 620, 0, 0, 2200, 1728}}}) {
-        const ScrollBarState across{100, 200, 150}, down{0, 100, 100};
+        const BarState across{100, 200, 150}, down{0, 100, 100};
         const float dpi = DotsPerInch(c.perMetre);
         const ViewLayout view = LayOutView(
             {c.flags, 1728, 2200, 96, 96, dpi, dpi, &c.ratios, across, down}, c.window.Calls());
@@ -121,7 +121,7 @@ TEST(Lines, GoWhereTheViewShowsThem) {
 
 TEST(Lines, ColorsFollowPhotometricAndInversion) {
     EXPECT_EQ((std::array{LineOperation(1, 1, 7), LineOperation(1, 0, 7), LineOperation(1, {}, 0),
-                          LineOperation(1, 0, kInvertedView), LineOperation(8, 0, kInvertedView)}),
+                          LineOperation(1, 0, VIEW_INVERTED), LineOperation(8, 0, VIEW_INVERTED)}),
               (std::array<uint32_t, 5>{SRCCOPY, NOTSRCCOPY, SRCCOPY, SRCCOPY, NOTSRCCOPY}));
 }
 

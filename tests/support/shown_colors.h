@@ -2,9 +2,9 @@
 #pragma once
 
 #include "bridge/dib_bitmaps.h"
-#include "platform/device_contexts.h"
-#include "platform/graphics_guards.h"
-#include "platform/memory_blocks.h"
+#include "platform/graphics/device_contexts.h"
+#include "platform/graphics/graphics_guards.h"
+#include "platform/memory/memory_blocks.h"
 #include "support/dib_maker.h"
 
 namespace vellim::test {

@@ -1,0 +1,32 @@
+#include "screen/painted_line.h"
+
+#include "screen/kernels.h"
+
+namespace vellim {
+namespace {
+
+// A bitmap's column is loaded from its top, and at one turn a row's left end becomes the top.
+void (*const kTurnLine[])(const uint8_t*, uint8_t*, uint32_t) = {
+    nullptr, SpreadMonoLine, MirrorMonoLine, SpreadMonoLineReversed};
+
+}  // namespace
+
+void DrawLine(const LineCopy& copy, DeviceContextHandle to, DeviceContextHandle lineContext,
+              uint32_t operation) {
+    BitBlt(to, copy.X, copy.Y, copy.Width, copy.Height, lineContext, copy.SourceX, copy.SourceY,
+           operation);
+}
+
+void PaintMonoLine(const MonoLinePaint& paint, const LineCopy& copy, uint32_t turns,
+                   const uint8_t* line) {
+    const uint8_t* row = line;
+    if (turns != 0) {
+        if (paint.Scratch == nullptr) return;
+        kTurnLine[turns](line, paint.Scratch, paint.RowPixels);
+        row = paint.Scratch;
+    }
+    SetBitmapBits(paint.LineBitmap, paint.LineBytes, row);
+    DrawLine(copy, paint.To, paint.LineDC, paint.RasterOp);
+}
+
+}  // namespace vellim
