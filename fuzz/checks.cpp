@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "platform/memory_blocks.h"
+#include "platform/memory/memory_blocks.h"
 #include "vellim/failures.h"
 
 namespace vellim::fuzz {
