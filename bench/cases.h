@@ -3,6 +3,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <optional>
 #include <string>
 
 #include "bench/pages.h"
@@ -42,5 +43,21 @@ void RegisterCopying(const std::vector<Page>& pages);
 
 // Opening a file of many images.
 void RegisterDirectoryWalk();
+
+// Painting pages into a window, and loading them as device bitmaps. `pages` outlives the run.
+void RegisterPainting(const std::vector<Page>& pages);
+
+// Painting a drawing that is far larger than the memory that this takes.
+void RegisterDrawing();
+
+// Fax pages from a plain text.
+void RegisterFaxPages();
+
+// Where the arguments ask for it, paints that drawing, prints the memory taken and gives the exit
+// code of the process, which exists for that alone.
+std::optional<int> RunPaintForMemory(int argc, char** argv);
+
+// Decodes the first image of a file with VELLIM and drops its lines.
+bool DecodeIntoNothing(const std::string& path);
 
 }  // namespace vellim::bench

@@ -8,6 +8,7 @@
 #include "bench/report.h"
 
 int main(int argc, char** argv) {
+    if (const auto exitCode = vellim::bench::RunPaintForMemory(argc, argv)) return *exitCode;
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
     TIFFSetWarningHandler(nullptr);
@@ -24,6 +25,9 @@ int main(int argc, char** argv) {
     vellim::bench::RegisterMmr(pages);
     vellim::bench::RegisterCopying(pages);
     vellim::bench::RegisterDirectoryWalk();
+    vellim::bench::RegisterPainting(pages);
+    vellim::bench::RegisterDrawing();
+    vellim::bench::RegisterFaxPages();
     benchmark::RunSpecifiedBenchmarks();
     return vellim::bench::PrintReport() ? 0 : 1;
 }

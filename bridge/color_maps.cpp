@@ -1,9 +1,11 @@
 #include "bridge/color_maps.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "bridge/dib.h"
 #include "bridge/dib_palettes.h"
+#include "bridge/dib_rows.h"
 #include "bridge/save_choices.h"
 #include "container/failure.h"
 #include "container/sizes.h"
@@ -69,7 +71,9 @@ bool DefineDisplayColors(TiffFileHandle file, int32_t image, uint32_t colors) {
 bool DefineColorMapFromDib(TiffFileHandle file, int32_t image, uint32_t photometric,
                            const BITMAPINFOHEADER* header, uint32_t blockBytes) {
     if (!DefinePhotometric(file, image, photometric)) return false;
-    const uint32_t colors = DibColorCount(header);
+    // No pixel has a number beyond its bits, and readers look for the lists by that many.
+    const uint32_t most = header->biBitCount <= kPaletteBits ? 1U << header->biBitCount : 0;
+    const uint32_t colors = std::min(DibColorCount(header), most);
     if (photometric != kPalette || colors == 0) return true;
     if (DibBitsOffset(header) > blockBytes) return Fail(TIFF_UNEXPECTED_END, false);
     const auto* table = reinterpret_cast<const uint8_t*>(header) + header->biSize;

@@ -24,15 +24,19 @@ uint8_t* RowOf(const Context& context, uint32_t lineNumber) {
     return context.Bits + row * context.StrideOrUsage;
 }
 
-// A row's padding stays as it is. A line longer than its row is cut to it.
+// A line longer than its row is cut to it.
+template <typename Context>
+uint32_t BytesOf(const Context& context) {
+    return std::min(context.LineBytes, context.StrideOrUsage);
+}
+
+// A row's padding stays as it is.
 void StoreLine(const LoadLineContext& context, const uint8_t* line, uint32_t lineNumber) {
-    std::memcpy(RowOf(context, lineNumber), line,
-                std::min(context.LineBytes, context.StrideOrUsage));
+    std::memcpy(RowOf(context, lineNumber), line, BytesOf(context));
 }
 
 void FetchLine(const SaveLineContext& context, uint8_t* line, uint32_t lineNumber) {
-    std::memcpy(line, RowOf(context, lineNumber),
-                std::min(context.LineBytes, context.StrideOrUsage));
+    std::memcpy(line, RowOf(context, lineNumber), BytesOf(context));
 }
 
 }  // namespace
@@ -46,7 +50,7 @@ uint32_t DllFlushTiffLineDIB(uint8_t* line, uint32_t lineNumber, uintptr_t callb
 uint32_t DllFlushTiffLine24DIB(uint8_t* line, uint32_t lineNumber, uintptr_t callbackData) {
     const auto* context = ContextOf<LoadLineContext>(line, lineNumber, callbackData);
     if (context == nullptr) return 0;
-    vellim::ExchangeRedAndBlue(line, context->LineBytes);
+    vellim::ExchangeRedAndBlue(line, BytesOf(*context));
     StoreLine(*context, line, lineNumber);
     return 0;
 }
@@ -61,6 +65,6 @@ uint32_t DllFillTiffLineDIB24Bit(uint8_t* line, uint32_t lineNumber, uintptr_t c
     const auto* context = ContextOf<SaveLineContext>(line, lineNumber, callbackData);
     if (context == nullptr) return 0;
     FetchLine(*context, line, lineNumber);
-    vellim::ExchangeRedAndBlue(line, context->LineBytes);
+    vellim::ExchangeRedAndBlue(line, BytesOf(*context));
     return 0;
 }

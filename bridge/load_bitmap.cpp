@@ -1,5 +1,7 @@
 // A stored image as a device bitmap, and its colours as a palette. Each line goes straight from the
 // decoder into the bitmap, which finds its own colours for it.
+#include <algorithm>
+
 #include "bridge/dib.h"
 #include "bridge/dib_palettes.h"
 #include "bridge/load_opening.h"
@@ -30,7 +32,11 @@ void PutLine(const LoadLineContext& context, uint8_t* line, uint32_t lineNumber,
     const LockedBlock block(context.HeaderBlock);
     const BITMAPINFO* info = DescriptionIn(block);
     if (info == nullptr || lineNumber >= int64_t{info->bmiHeader.biHeight}) return;
-    if (isTrueColor) ExchangeRedAndBlue(line, context.LineBytes);
+    constexpr int64_t pixelBytes = 3;
+    const int64_t rowBytes = pixelBytes * info->bmiHeader.biWidth;
+    if (isTrueColor)
+        ExchangeRedAndBlue(line,
+                           static_cast<uint32_t>(std::min<int64_t>(context.LineBytes, rowBytes)));
     const uint32_t row = static_cast<uint32_t>(info->bmiHeader.biHeight) - 1 - lineNumber;
     const uint32_t use = isTrueColor ? uint32_t{DIB_RGB_COLORS} : context.StrideOrUsage;
     SetDIBits(context.DeviceContext, context.Bitmap, row, 1, line, info, use);

@@ -19,6 +19,11 @@ bool IsDevice(const std::string& path) {
     return std::filesystem::is_character_file(path, unknown);
 }
 
+// Whether a folder refuses a new file, or one of a longer name.
+bool HasNoRoomBeside(int error) {
+    return error == EACCES || error == EPERM || error == ENAMETOOLONG;
+}
+
 }  // namespace
 
 // Only a file that isn't there is made: one that can't be written to for another reason isn't
@@ -31,12 +36,19 @@ WholeFile::WholeFile(const char* path) {
         if (told->nErrCode != ENOENT) return;
         unfinished_ = original_;
         stream_ = OpenFile(path, nullptr, OF_CREATE | OF_WRITE | kMustBeNew);
+        if (stream_ == -1 && errno == EEXIST) WriteInPlace(path);
     } else if (IsDevice(original_)) {
         stream_ = OpenFile(path, nullptr, OF_WRITE);
     } else {
         unfinished_ = original_ + kUnfinishedEnding;
         stream_ = CreateReplacement(original_.c_str(), unfinished_.c_str());
+        if (stream_ == -1 && HasNoRoomBeside(errno)) WriteInPlace(path);
     }
+}
+
+void WholeFile::WriteInPlace(const char* path) {
+    unfinished_.clear();
+    stream_ = OpenFile(path, nullptr, OF_CREATE | OF_WRITE);
 }
 
 // What is unfinished goes away while it is still open, and so still ours.

@@ -53,11 +53,10 @@ CalsScreenContext ContextFor(const ViewLayout& view, DeviceContextHandle context
 // the picture.
 RECT PaintedArea(DeviceContextHandle context, const ViewLayout& view, uint32_t flags) {
     if ((flags & VIEW_FIT) != 0) return view.ClientRect;
-    const RECT lines = CoverOfLines(flags, view.ImageRect, view.SourceRect);
-    POINT end = {lines.right, lines.bottom};
-    LPtoDP(context, &end, 1);
+    const RECT lines = InPixels(context, CoverOfLines(flags, view.ImageRect, view.SourceRect));
     const RECT& paint = view.PaintRect;
-    return {paint.left, paint.top, std::min(paint.right, end.x), std::min(paint.bottom, end.y)};
+    return {paint.left, paint.top, std::min(paint.right, lines.right),
+            std::min(paint.bottom, lines.bottom)};
 }
 
 PaletteHandle PaletteOf(const CalsInfo& info) {
@@ -89,7 +88,6 @@ bool PaintCalsImage(const char* path, const CalsInfo& info, WindowHandle window,
     const bool isWhole = DecodeCalsImage(file.Get(), info, reinterpret_cast<uintptr_t>(&line),
                                          kFlushers[flags & VIEW_TURN_MASK]) != 0;
     const RECT painted = isSeen ? PaintedArea(context, view, flags) : RECT{};
-    SetMapMode(context, MM_TEXT);
     EraseAround(window, context, painted);
     return isWhole;
 }
@@ -99,6 +97,8 @@ bool PaintCalsImage(const char* path, const CalsInfo& info, WindowHandle window,
 std::optional<PictureSize> SizeOfCalsImage(const char* path) {
     CalsInfo info{};
     if (ReadCALSInfo(path, &info) == 0) return std::nullopt;
+    if (!WithinSizeLimits(info.rpelcnt[0], info.rpelcnt[1]))
+        return Fail(TIFF_NO_MEMORY, std::nullopt);
     return SizeOf(info);
 }
 

@@ -27,7 +27,8 @@ enum class HandleKind : uint32_t {
     kDeviceContext = 3,
     kCursor = 4,
     kGraphicsObject = 5,
-    kWindow = 6
+    kWindow = 6,
+    kDialogWindow = 7  // dialogs and their controls
 };
 
 inline constexpr uint32_t kHandleKindShift = 29;

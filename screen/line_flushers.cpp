@@ -69,6 +69,7 @@ uint32_t FlushIndexed(const uint8_t* line, uint32_t lineNumber, uintptr_t data, 
     if (context == nullptr || context->Header == nullptr) return 0;
     const std::optional<LineCopy> copy = PlaceOf(turns, lineNumber);
     if (!copy) return 0;
+    if (!IsDrawn(*copy, context->DeviceContext)) return 0;
     const bool isByte = context->Header->bmiHeader.biBitCount == kByteBits;
     PaintColorLine(*context, *copy, isByte ? kTurnBytes[turns] : kTurnNibbles[turns], turns, line);
     return 0;
@@ -79,6 +80,7 @@ uint32_t FlushRgb(uint8_t* line, uint32_t lineNumber, uintptr_t data, uint32_t t
     if (context == nullptr) return 0;
     const std::optional<LineCopy> copy = PlaceOf(turns, lineNumber);
     if (!copy) return 0;
+    if (!IsDrawn(*copy, context->DeviceContext)) return 0;
     ExchangeRedAndBlue(line, context->LineBytes);
     PaintColorLine(*context, *copy, kTurnRgb[turns], turns, line);
     return 0;

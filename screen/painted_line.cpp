@@ -1,5 +1,6 @@
 #include "screen/painted_line.h"
 
+#include "platform/graphics/pixel_copy.h"
 #include "screen/kernels.h"
 
 namespace vellim {
@@ -11,6 +12,11 @@ void (*const kTurnLine[])(const uint8_t*, uint8_t*, uint32_t) = {
 
 }  // namespace
 
+bool IsDrawn(const LineCopy& copy, DeviceContextHandle to) {
+    const DeviceContext* context = FindContext(to);
+    return context != nullptr && MeetsPixels(*context, {copy.X, copy.Y}, copy.Width, copy.Height);
+}
+
 void DrawLine(const LineCopy& copy, DeviceContextHandle to, DeviceContextHandle lineContext,
               uint32_t operation) {
     BitBlt(to, copy.X, copy.Y, copy.Width, copy.Height, lineContext, copy.SourceX, copy.SourceY,
@@ -19,6 +25,7 @@ void DrawLine(const LineCopy& copy, DeviceContextHandle to, DeviceContextHandle 
 
 void PaintMonoLine(const MonoLinePaint& paint, const LineCopy& copy, uint32_t turns,
                    const uint8_t* line) {
+    if (!IsDrawn(copy, paint.To)) return;
     const uint8_t* row = line;
     if (turns != 0) {
         if (paint.Scratch == nullptr) return;

@@ -18,6 +18,10 @@ struct MonoLinePaint {
     uint8_t* Scratch;  // not read without a turn
 };
 
+// Whether a copy reaches a pixel of the device at all: where a picture is drawn smaller, most lines
+// needn't be looked at.
+bool IsDrawn(const LineCopy& copy, DeviceContextHandle to);
+
 // The line bitmap's part that `copy` tells, drawn on `to`.
 void DrawLine(const LineCopy& copy, DeviceContextHandle to, DeviceContextHandle lineContext,
               uint32_t operation);

@@ -169,7 +169,9 @@ bool PaintDescribed(TiffFileHandle file, int32_t image, const PaintRequest& requ
                         FlusherFor(picture.biBitCount, flags));
     }
     const bool isWhole = TiffError() == TIFF_SUCCESS;
-    EraseAround(window, context, isSeen ? PaintedArea(context, view, flags) : RECT{});
+    const RECT painted = isSeen ? PaintedArea(context, view, flags) : RECT{};
+    EraseAround(window, context, InPixels(context, painted));
+    MapPicture(context, view);
     ValidateRect(window, nullptr);
     return isWhole;
 }
@@ -186,6 +188,8 @@ int32_t PaintTiffImage(TiffFileHandle file, int32_t image, WindowHandle window,
 std::optional<PictureSize> SizeOfTiffImage(TiffFileHandle file, int32_t image) {
     TiffDimensions dimensions{};
     if (GetTiffDimensions(file, image, &dimensions) != 0) return std::nullopt;
+    if (!WithinSizeLimits(dimensions.biWidth, dimensions.biHeight))
+        return Fail(TIFF_NO_MEMORY, std::nullopt);
     return SizeOf(dimensions);
 }
 
@@ -195,8 +199,9 @@ int32_t DecompressTiffToScreen(WindowHandle window, DeviceContextHandle dc, cons
                                int32_t imageIndex, const ZoomRatios* zoom, uint32_t flags) {
     using namespace vellim;
     if (fileName == nullptr || *fileName == '\0' || !IsPaintable(window, dc)) return 0;
+    std::optional<WaitCursor> wait;  // put back once the file is closed
     const OpenTiff file(fileName, T_READ);
     if (!file || GetTiffImage(file.Get(), imageIndex) == 0) return 0;
-    const WaitCursor wait;
+    wait.emplace();
     return PaintTiffImage(file.Get(), imageIndex, window, dc, zoom, flags);
 }

@@ -84,24 +84,27 @@ bool MapPicture(DeviceContextHandle context, const ViewLayout& view) {
     SetMapMode(context, MM_ANISOTROPIC);
     SetWindowOrgEx(context, 0, 0, nullptr);
     SetViewportOrgEx(context, 0, 0, nullptr);
-    if (SetWindowExtEx(context, view.ImageRect.right, view.ImageRect.bottom, nullptr) != 0 &&
-        SetViewportExtEx(context, view.ViewportX, view.ViewportY, nullptr) != 0)
-        return true;
-    SetWindowExtEx(context, 1, 1, nullptr);
-    SetViewportExtEx(context, 1, 1, nullptr);
-    return false;
+    const RECT& image = view.ImageRect;
+    const bool isSeen =
+        image.right > 0 && image.bottom > 0 && view.ViewportX > 0 && view.ViewportY > 0;
+    SetWindowExtEx(context, isSeen ? image.right : 1, isSeen ? image.bottom : 1, nullptr);
+    SetViewportExtEx(context, isSeen ? view.ViewportX : 1, isSeen ? view.ViewportY : 1, nullptr);
+    return isSeen;
+}
+
+RECT InPixels(DeviceContextHandle context, const RECT& rect) {
+    POINT corners[] = {{rect.left, rect.top}, {rect.right, rect.bottom}};
+    LPtoDP(context, corners, 2);
+    return {corners[0].x, corners[0].y, corners[1].x, corners[1].y};
 }
 
 void EraseAround(WindowHandle window, DeviceContextHandle context, const RECT& painted) {
-    constexpr int32_t corners = 2;
+    SetMapMode(context, MM_TEXT);
     ExcludeClipRect(context, painted.left, painted.top, painted.right, painted.bottom);
     const GraphicsHandle brush = SelectObject(context, GetClassLongA(window, GCL_HBRBACKGROUND));
     const RECT client = ClientArea(window);
-    POINT area[corners] = {{client.left, client.top}, {client.right, client.bottom}};
-    DPtoLP(context, area, corners);
-    // One more each way, for what rounding may have cut off.
-    PatBlt(context, area[0].x, area[0].y, area[1].x - area[0].x + 1, area[1].y - area[0].y + 1,
-           PATCOPY);
+    PatBlt(context, client.left, client.top, client.right - client.left + 1,
+           client.bottom - client.top + 1, PATCOPY);
     if (brush != 0) SelectObject(context, brush);
 }
 

@@ -30,8 +30,11 @@ RECT SizeInWindow(const PictureSize& picture, WindowHandle window, DeviceContext
 // is nothing to draw then, and the unit is a pixel of the device.
 bool MapPicture(DeviceContextHandle context, const ViewLayout& view);
 
-// Takes `painted`, in units of the context, out of what is drawn to, and fills the rest of the
-// client area with the window's background.
+// A rectangle in the context's units in pixels of the device.
+RECT InPixels(DeviceContextHandle context, const RECT& rect);
+
+// Takes `painted` out of what is drawn to, and fills the rest of the client area with the window's
+// background. In pixels of the device, which the context is left with as its unit.
 void EraseAround(WindowHandle window, DeviceContextHandle context, const RECT& painted);
 
 }  // namespace vellim

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "source_hints.h"
+#include "vellim/graphics.h"
 
 namespace vellim::tool {
 
@@ -94,8 +95,55 @@ struct PaintOptions {
     bool invert = false;
     uint32_t scrollX = 0;
     uint32_t scrollY = 0;
+    bool noNotes = false;
     uint32_t dpi = 96;
     bool force = false;
+};
+
+struct FaxOptions {
+    std::string input;
+    std::string output;
+    double paperWidth = 210;  // in millimetres, as all lengths
+    double paperHeight = 297;
+    uint32_t xResolution = 204;  // dots an inch
+    uint32_t yResolution = 196;
+    bool resolutionGiven = false;
+    std::string font = "Courier New";
+    int32_t pointSize = 10;
+    bool bold = false;
+    bool italic = false;
+    double sideMargin = 15;
+    double topMargin = 15;
+    std::vector<double> tabs;  // from the left margin, ascending; empty: not chosen
+    double spacing = 0;        // between lines, besides the font's own
+    std::string compression = "g4";
+    std::string form;  // empty: none
+    bool force = false;
+};
+
+struct StampOptions {
+    std::string input;
+    std::string output;
+    std::string text;  // as typed: \n ends a line
+    uint32_t x = 0;    // in pixels of the page
+    uint32_t y = 0;
+    std::string font = "Arial";
+    int32_t pointSize = 12;
+    std::string pages;  // empty: all
+    bool force = false;
+    bool acceptLoss = false;
+};
+
+struct NoteOptions {
+    std::string file;
+    std::string action;               // show, set, delete or burn
+    std::optional<std::string> text;  // for set
+    uint32_t image = 0;               // counted from 1; 0: not chosen
+    std::optional<POINT> at;
+    bool opaque = false;
+    std::string output;  // empty: the file itself
+    bool force = false;
+    bool acceptLoss = false;
 };
 
 Outcome RunInfo(const InfoOptions& options);
@@ -104,5 +152,8 @@ Outcome RunConvert(const ConvertOptions& options);
 Outcome RunPages(const PagesOptions& options);
 Outcome RunTag(const TagOptions& options);
 Outcome RunPaint(const PaintOptions& options);
+Outcome RunNote(const NoteOptions& options);
+Outcome RunFax(const FaxOptions& options);
+Outcome RunStamp(const StampOptions& options);
 
 }  // namespace vellim::tool

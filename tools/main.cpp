@@ -8,8 +8,11 @@
 #include <exception>
 
 #include "commands.h"
+#include "fax_options.h"
 #include "messages.h"
+#include "note_options.h"
 #include "paint_options.h"
+#include "stamp_options.h"
 #include "vellim/files.h"
 
 namespace vellim::tool {
@@ -27,6 +30,9 @@ constexpr const char* kAbout = R"(Examples:
   vellim pages a.tif b.tif -o both.tif    pages put together, data as it is stored
   vellim tag fax.tif set Artist "J. Doe"  a tag changed
   vellim paint fax.tif view.png --window 800x600 --fit
+  vellim fax letter.txt -o fax.tif        pages made of a plain text
+  vellim stamp fax.tif out.tif --text "Copy" --at 90,40  text laid over pages
+  vellim note fax.tif set "Approved" --at 90,40  a note over the picture
 
 vellim reads scanned documents and faxes: TIFF, CALS, IOCA and MO:DCA files, and bare
 streams of fax code.
@@ -288,6 +294,25 @@ CLI::App* AddPaint(CLI::App& app, PaintOptions& options) {
     return command;
 }
 
+CLI::App* AddNote(CLI::App& app, NoteOptions& options) {
+    CLI::App* command =
+        AddCommand(app, "note", "Show, set and delete notes, and burn them in", kAboutNote);
+    AddNoteOptions(*command, options);
+    return command;
+}
+
+CLI::App* AddFax(CLI::App& app, FaxOptions& options) {
+    CLI::App* command = AddCommand(app, "fax", "Make pages of a plain text", kAboutFax);
+    AddFaxOptions(*command, options);
+    return command;
+}
+
+CLI::App* AddStamp(CLI::App& app, StampOptions& options) {
+    CLI::App* command = AddCommand(app, "stamp", "Lay text over pages", kAboutStamp);
+    AddStampOptions(*command, options);
+    return command;
+}
+
 std::string VersionText() {
     constexpr int kEnough = 64;
     std::array<char, kEnough> version{};
@@ -342,12 +367,18 @@ Outcome Run(int argc, char** argv) {
     PagesOptions pages;
     TagOptions tag;
     PaintOptions paint;
+    NoteOptions note;
+    FaxOptions fax;
+    StampOptions stamp;
     const CLI::App* infoCommand = AddInfo(app, info);
     const CLI::App* convertCommand = AddConvert(app, convert);
     const CLI::App* checkCommand = AddCheck(app, check);
     const CLI::App* pagesCommand = AddPages(app, pages);
     const CLI::App* tagCommand = AddTag(app, tag);
     const CLI::App* paintCommand = AddPaint(app, paint);
+    const CLI::App* noteCommand = AddNote(app, note);
+    const CLI::App* faxCommand = AddFax(app, fax);
+    const CLI::App* stampCommand = AddStamp(app, stamp);
 
     try {
         UnshieldArguments(app);
@@ -360,6 +391,9 @@ Outcome Run(int argc, char** argv) {
     if (pagesCommand->parsed()) return RunPages(pages);
     if (tagCommand->parsed()) return RunTag(tag);
     if (paintCommand->parsed()) return RunPaint(paint);
+    if (noteCommand->parsed()) return RunNote(note);
+    if (faxCommand->parsed()) return RunFax(fax);
+    if (stampCommand->parsed()) return RunStamp(stamp);
     return checkCommand->parsed() ? RunCheck(check) : Outcome::Usage;
 }
 

@@ -10,9 +10,11 @@
 #include "halftone.h"
 #include "handles.h"
 #include "messages.h"
+#include "note_dialog_answer.h"
 #include "paint_subject.h"
 #include "vellim/decode.h"
 #include "vellim/failures.h"
+#include "vellim/notes.h"
 #include "vellim/queries.h"
 #include "vellim/screen.h"
 #include "vellim/windows.h"
@@ -84,26 +86,71 @@ void Scroll(WindowHandle window, int32_t bar, int32_t picture, uint32_t side, ui
 struct Painted {
     bool begun = false;  // the decoder was; else nothing of the page is there
     int32_t failure = TIFF_SUCCESS;
+    RECT whole = {};  // the size of the picture as it is shown
 };
+
+// How the view lies on the picture.
+struct Shown {
+    RECT whole = {};  // the size of the picture as it is shown
+    int32_t width = 0;
+    int32_t height = 0;  // of the picture as it is stored
+};
+
+// Draws a note that an image in memory has, as a context has it that nothing was painted on: the
+// picture is cut out of that of its paint. Where the view begins, right and below, is all that the
+// note's place depends on.
+void DrawNote(const PaintOptions& options, WindowHandle window, const NoteRecord& note,
+              const Shown& shown) {
+    constexpr POINT kCorner = {0, 0};
+    constexpr ColorRef kWhite = 0xFFFFFF, kBlack = 0;
+    const WindowContext context(window);
+    if (context.Get() == 0) return;
+    SetTextColor(context.Get(), options.invert ? kWhite : kBlack);
+    SetBkColor(context.Get(), options.invert ? kBlack : kWhite);
+    const double scaleX = double{1} * shown.whole.right / shown.width;
+    const double scaleY = double{1} * shown.whole.bottom / shown.height;
+    const POINT target = {-GetScrollPos(window, SB_HORZ), -GetScrollPos(window, SB_VERT)};
+    PaintNotePlus(window, context.Get(), &kCorner, scaleX, scaleY, &target, &note);
+}
+
+// Shows the note of a TIFF page.
+void PaintNote(const PaintOptions& options, const PageSource& source, const PaintSubject& subject,
+               WindowHandle window, const RECT& whole) {
+    if (options.noNotes || !source.tiff) return;
+    const TiffFileHandle file = source.tiff->File();
+    const LoadedImage loaded(file, subject.image);
+    TiffDimensions size = {};
+    OwnedNote note;
+    if (!loaded || GetTiffDimensions(file, subject.image, &size) != 0 || size.biWidth <= 0 ||
+        size.biHeight <= 0 ||
+        GetNoteTagFromTiff(file, static_cast<uint32_t>(subject.image), &note.record) == 0) {
+        return;
+    }
+    if (options.degrees != 0) {
+        Say(source.name, subject.image, "its note isn't shown, for the page is turned");
+        return;
+    }
+    DrawNote(options, window, note.record, {whole, size.biWidth, size.biHeight});
+}
 
 Painted PaintPage(const PaintOptions& options, const PaintSubject& subject, WindowHandle window) {
     const WindowContext context(window);
-    if (context.Get() == 0) return {false, TIFF_NO_MEMORY};
+    if (context.Get() == 0) return {false, TIFF_NO_MEMORY, {}};
     const uint32_t flags = ViewFlagsOf(options);
     const ZoomRatios ratios = RatiosOf(options);
     const char* path = subject.path.c_str();
     RECT whole = {};
     if (GetScreenViewSize(subject.format, window, context.Get(), path, subject.image, &ratios,
                           flags, &whole) == 0) {
-        return {false, TiffError()};
+        return {false, TiffError(), {}};
     }
     Scroll(window, SB_HORZ, whole.right, options.width, options.scrollX);
     Scroll(window, SB_VERT, whole.bottom, options.height, options.scrollY);
     if (DecompressToScreen(subject.format, window, context.Get(), path, subject.image, &ratios,
                            flags) != 0) {
-        return {true, TIFF_SUCCESS};
+        return {true, TIFF_SUCCESS, whole};
     }
-    return {TiffError() != TIFF_NO_MEMORY, TiffError()};
+    return {TiffError() != TIFF_NO_MEMORY, TiffError(), whole};
 }
 
 uint32_t CountLine(uint8_t* /*line*/, uint32_t lineNumber, uintptr_t callbackData) noexcept {
@@ -231,6 +278,7 @@ Outcome RunPaint(const PaintOptions& options) {
     Outcome outcome = Outcome::Well;
     if (painted.failure != TIFF_SUCCESS) outcome = TellFailure(*source, *subject, painted);
     if (outcome == Outcome::Failed) return outcome;
+    PaintNote(options, *source, *subject, window.Get(), painted.whole);
     return Worse(outcome, WriteWindow(options, *source, *format, window.Get()));
 }
 

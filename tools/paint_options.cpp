@@ -36,6 +36,10 @@ A page on its side keeps its resolutions where they were: --zoom takes the horiz
 for the window's horizontal. A CALS file is shown as it is stored, whichever way up it asks
 to be.
 
+A note that is kept apart from the page (vellim note) is drawn over it, unless --no-notes is
+given: its corner where the view has that place of the page, its letters and its box in their
+own size whatever the zoom. On a turned page it isn't shown, which is told.
+
 A file that is there stays, unless --force is given; FILE itself is never replaced. Of a
 damaged page the lines that came are painted.
 )";
@@ -120,6 +124,7 @@ void AddPaintOptions(CLI::App& command, PaintOptions& options) {
         ->check(CLI::IsMember({0, 90, 180, 270}));
     command.add_flag("--invert", options.invert, "Exchange black and white, and colours likewise");
     AddRead<ReadScroll>(command, "--scroll", "X,Y, how far the page is scrolled (0,0)", options);
+    command.add_flag("--no-notes", options.noNotes, "Leave out the note of a TIFF page");
     command.add_option("--dpi", options.dpi, "Dots an inch of the display (96)")
         ->check(CLI::Range(1U, kMostDotsPerInch));
     command.add_flag("--force", options.force, "Replace a file that is there already");

@@ -75,6 +75,8 @@ enum DibColorUse {
 VELLIM_API BitmapHandle CreateBitmap(int32_t width, int32_t height, uint32_t planes,
                                      uint32_t bitsPerPixel, const void* bits);
 
+VELLIM_API BitmapHandle CreateBitmapIndirect(const BITMAP* bitmap);
+
 /* A bitmap of the context's own format: the display's, or that of the bitmap selected into it. */
 VELLIM_API BitmapHandle CreateCompatibleBitmap(DeviceContextHandle context, int32_t width,
                                                int32_t height);
@@ -213,6 +215,9 @@ VELLIM_API int32_t StretchDIBits(DeviceContextHandle to, int32_t x, int32_t y, i
 /* Fills with the selected brush. */
 VELLIM_API int32_t PatBlt(DeviceContextHandle context, int32_t x, int32_t y, int32_t width,
                           int32_t height, uint32_t operation);
+
+/* Fills with a brush, right and bottom left out. */
+VELLIM_API int32_t FillRect(DeviceContextHandle context, const RECT* rect, BrushHandle brush);
 
 /* ---- Rectangles. ---- */
 

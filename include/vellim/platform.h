@@ -39,6 +39,26 @@ VELLIM_API GlobalHandle GlobalFree(GlobalHandle block);
 /* The size asked for, in bytes; 0 for a handle that isn't one. */
 VELLIM_API uint32_t GlobalSize(GlobalHandle block);
 
+/* Does nothing: there is no heap to be compacted. Gives the largest block that could be had. */
+VELLIM_API uint32_t GlobalCompact(uint32_t bytes);
+
+/* The same blocks under the names that edit controls (vellim/dialogs.h) use for theirs. */
+typedef GlobalHandle LocalHandle;
+enum LocalMemoryFlags {
+    LMEM_MOVEABLE = 0x2,
+    LMEM_ZEROINIT = 0x40,
+    LHND = LMEM_MOVEABLE | LMEM_ZEROINIT
+};
+VELLIM_API LocalHandle LocalAlloc(uint32_t flags, uint32_t bytes);
+VELLIM_API void* LocalLock(LocalHandle block);
+VELLIM_API int32_t LocalUnlock(LocalHandle block);
+VELLIM_API LocalHandle LocalFree(LocalHandle block);
+VELLIM_API uint32_t LocalSize(LocalHandle block);
+
+/* number x numerator / denominator in 64 bits, rounded to the nearest, a half away from zero; -1
+ * for a denominator of 0 or a result beyond 32 bits. */
+VELLIM_API int32_t MulDiv(int32_t number, int32_t numerator, int32_t denominator);
+
 /* ---- Files. A file handle is positive; -1 is failure. ---- */
 
 enum OpenFileStyle {
@@ -139,6 +159,10 @@ typedef struct DesktopDriver {
     int32_t (*MessageBox)(WindowHandle owner, const char* text, const char* caption,
                           uint32_t style);
     void (*ShowCursor)(CursorHandle cursor); /* after each SetCursor, on the calling thread */
+
+    /* Shows a dialog (vellim/dialogs.h) that has had its WM_INITDIALOG, until IsDialogEnded. Coming
+     * back before that means that it couldn't be shown. */
+    void (*RunDialog)(WindowHandle dialog);
 } DesktopDriver;
 
 /* Installs a copy of `driver` for the process; null makes the process headless again. */

@@ -42,11 +42,12 @@ typedef struct SaveLineContext {
  * shown the result is 0 with code 1.
  *
  * Gives 1 when the image was written, else 0. Codes: 1 (no such DIB, memory), 2 (the file can't be
- * opened or isn't a TIFF file), 5 (the DIB's block ends before its rows do), 11 (compression not
+ * read or isn't a TIFF file), 5 (the DIB's block ends before its rows do), 11 (compression not
  * known), 16 (a DIB of 16 bits or of another kind; more than one bit for a CCITT compression), or
  * those of EncodeTiffImage. Any other depth is refused without a code of its own. Nothing is
  * written in any of these cases. A colour table of fewer entries than the depth has makes a
- * ColorMap as short, which some readers pass over. */
+ * ColorMap as short, which some readers pass over; of a longer one the entries that no pixel has
+ * are left out. */
 VELLIM_API int32_t SaveDIBInTiffFile(const char* fileName, DibHandle dib, uint32_t compression,
                                      int32_t showDialog);
 VELLIM_API int32_t SaveDIBInTiffFormat(const char* fileName, DibHandle dib, uint32_t compression,
@@ -78,7 +79,7 @@ VELLIM_API int32_t SaveBitmapInTiffFormat(const char* fileName, BitmapHandle bit
  *
  * With no bitmap there the result is 0 and nothing else happens. A message box tells of a clipboard
  * that can't be opened or gives no bitmap, and of an image that couldn't be written; a file that
- * can't be opened is told by the code alone, which is that of OpenTiffFile. A compression that
+ * isn't a TIFF file is told by the code alone, which is that of OpenTiffFile. A compression that
  * isn't known leaves the code as it is. */
 VELLIM_API int32_t SaveTiffFileFromClipboard(const char* fileName, uint32_t compression,
                                              int32_t showDialog);

@@ -16,7 +16,11 @@
  *   vellim/platform.h  memory blocks, files, display, message boxes
  *   vellim/graphics.h  bitmaps, palettes, device contexts, drawing
  *   vellim/windows.h   windows, scroll bars, the clipboard
- *   vellim/screen.h    a picture painted straight from its file */
+ *   vellim/screen.h    a picture painted straight from its file
+ *   vellim/text.h      fonts, measuring and drawing text
+ *   vellim/dialogs.h   dialogs, for those who show or answer them
+ *   vellim/notes.h     notes on images
+ *   vellim/fax.h       pages from text files, text over forms and pictures */
 #ifndef VELLIM_VELLIM_H
 #define VELLIM_VELLIM_H
 
@@ -24,18 +28,22 @@
 #include "vellim/cals.h"
 #include "vellim/codec.h"
 #include "vellim/decode.h"
+#include "vellim/dialogs.h"
 #include "vellim/edit.h"
 #include "vellim/encode.h"
 #include "vellim/failures.h"
+#include "vellim/fax.h"
 #include "vellim/files.h"
 #include "vellim/graphics.h"
 #include "vellim/load.h"
+#include "vellim/notes.h"
 #include "vellim/platform.h"
 #include "vellim/queries.h"
 #include "vellim/save.h"
 #include "vellim/screen.h"
 #include "vellim/streams.h"
 #include "vellim/tags.h"
+#include "vellim/text.h"
 #include "vellim/windows.h"
 #include "vellim/wrappers.h"
 

@@ -67,6 +67,18 @@ VELLIM_API int32_t InvalidateRect(WindowHandle window, const RECT* rect, int32_t
 VELLIM_API int32_t ValidateRect(WindowHandle window, const RECT* rect);
 VELLIM_API int32_t GetUpdateRect(WindowHandle window, RECT* rect, int32_t erase);
 
+/* A paint of what is invalid. */
+typedef struct PAINTSTRUCT {
+    DeviceContextHandle hdc;
+    int32_t fErase; /* 1: the background is to be filled too */
+    RECT rcPaint;   /* what was invalid; the whole client area where nothing was */
+} PAINTSTRUCT;
+
+/* Gives a context of the window, on which all of the client area may be drawn, and makes the window
+ * valid; 0 on failure. EndPaint gives the context back. */
+VELLIM_API DeviceContextHandle BeginPaint(WindowHandle window, PAINTSTRUCT* paint);
+VELLIM_API int32_t EndPaint(WindowHandle window, const PAINTSTRUCT* paint);
+
 /* ---- Scroll bars. ---- */
 
 enum ScrollBar { SB_HORZ = 0, SB_VERT = 1, SB_BOTH = 3 };

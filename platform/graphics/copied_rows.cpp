@@ -54,8 +54,10 @@ bool CopiedRows::TakeMemory() {
     firstByte_ = BytesOfPixels(Bits(), static_cast<uint32_t>(base));
     byteCount_ = BytesOfPixels(Bits(), static_cast<uint32_t>(pixels.end)) - firstByte_;
     firstBit_ = static_cast<size_t>(pixels.first - base) * Bits();
+    isJoined_ = Bits() == 1 && !columns.IsOneToOne() && joiner_.Prepare(groups_);
+    const size_t stretchedBytes = BytesOfPixels(Bits(), Width());
     return joined_.Reserve(byteCount_ + kRowPadding) &&
-           stretched_.Reserve(BytesOfPixels(Bits(), Width())) &&
+           stretched_.Reserve(isJoined_ ? joiner_.RoomNeeded() : stretchedBytes) &&
            (!change_.IsNeeded() || changed_.Reserve(BytesOfPixels(shape_.colors.toBits, Width())));
 }
 
@@ -87,6 +89,23 @@ const uint8_t* CopiedRows::JoinedRow(const SourceRows& source, PixelGroup rows) 
     return joined_.Get();
 }
 
+void CopiedRows::Stretch(const uint8_t* row) {
+    if (!isJoined_) return StretchRow(Bits(), row, groups_, shape_.joining, stretched_.Get());
+    const uint8_t inverted = shape_.joining == Joining::And ? 0xFF : 0;
+    joiner_.Join(row, byteCount_, inverted, stretched_.Get());
+}
+
+const PixelGroup* CopiedRows::Down(const Axis& rows, int32_t top, size_t count) {
+    if (rows == downAxis_ && top == downTop_ && count == downCount_) return down_.Get();
+    downCount_ = 0;
+    if (!down_.Reserve(count)) return nullptr;
+    FindGroups(rows, top, {down_.Get(), count});
+    downAxis_ = rows;
+    downTop_ = top;
+    downCount_ = count;
+    return down_.Get();
+}
+
 // Of a row of one bit that is stretched, which has padding to be read. Most lines of a page are
 // blank, and then all come to the same row.
 bool CopiedRows::IsBlank(const uint8_t* row) const {
@@ -109,7 +128,7 @@ ConstBitPlace CopiedRows::Row(const SourceRows& source, PixelGroup rows) {
     if (wasBlank && isBlank_) return place_;
     place_ = {row, firstBit_};
     if (!shape_.columns.IsOneToOne()) {
-        StretchRow(Bits(), row, groups_, shape_.joining, stretched_.Get());
+        Stretch(row);
         place_ = {stretched_.Get(), 0};
     }
     if (!change_.IsNeeded()) return place_;

@@ -4,13 +4,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <new>
 #include <span>
-#include <utility>
 
+#include "platform/graphics/bit_joining.h"
 #include "platform/graphics/bit_rows.h"
 #include "platform/graphics/blit_colors.h"
 #include "platform/graphics/pixel_groups.h"
+#include "platform/graphics/row_buffer.h"
 #include "platform/graphics/row_stretching.h"
 #include "platform/graphics/surface.h"
 
@@ -22,26 +22,6 @@ struct SourceRows {
     int32_t first = 0;  // the row of the source that the surface begins with
 
     [[nodiscard]] const uint8_t* Row(int32_t y) const { return surface->Row(y - first); }
-};
-
-// Memory that grows to what was asked for, and stays.
-template <typename Entry>
-class RowBuffer {
-  public:
-    // False, with what there was, without memory.
-    bool Reserve(size_t count) {
-        if (count <= count_) return true;
-        std::unique_ptr<Entry[]> fresh(new (std::nothrow) Entry[count]);
-        if (fresh == nullptr) return false;
-        entries_ = std::move(fresh);
-        count_ = count;
-        return true;
-    }
-    [[nodiscard]] Entry* Get() const { return entries_.get(); }
-
-  private:
-    std::unique_ptr<Entry[]> entries_;
-    size_t count_ = 0;
 };
 
 // Made for one copy after the other: a picture that comes line by line has most of the work done
@@ -67,10 +47,15 @@ class CopiedRows {
     [[nodiscard]] int32_t Right() const { return right_; }
     [[nodiscard]] const ColorChange& Change() const { return change_; }
 
+    // The rows of the source for each destination row from `top` on, `count` of them; null without
+    // memory. Good until it is asked again.
+    const PixelGroup* Down(const Axis& rows, int32_t top, size_t count);
+
     // The row that these rows of the source make, from Left() on; good until the next call.
     ConstBitPlace Row(const SourceRows& source, PixelGroup rows);
 
   private:
+    void Stretch(const uint8_t* row);
     void ClipColumns();
     bool FindColumns();
     bool TakeMemory();
@@ -86,10 +71,16 @@ class CopiedRows {
     int32_t right_ = 0;
     RowBuffer<PixelGroup> found_;   // where the copy isn't one to one
     std::span<PixelGroup> groups_;  // of left_ to right_, counted from firstByte_ on
+    BitJoiner joiner_;              // of one bit, where it serves
+    bool isJoined_ = false;         // it does
     size_t firstByte_ = 0;          // of the source's rows
     size_t byteCount_ = 0;
     size_t firstBit_ = 0;  // in firstByte_, or behind, where the copy is one to one
     RowBuffer<uint8_t> joined_, stretched_, changed_;
+    RowBuffer<PixelGroup> down_;
+    Axis downAxis_;
+    int32_t downTop_ = 0;
+    size_t downCount_ = 0;  // of down_, where it is that of the axis
     PixelGroup made_;       // the source rows of place_, in the copy under way
     bool isBlank_ = false;  // place_ was made of zero bits alone, in a copy of this shape
     ConstBitPlace place_{};

@@ -1,12 +1,13 @@
 // The table of device contexts, and what is selected into them.
 //
-// A context keeps the pixels, palette and brush that it uses, so that they outlive their handles.
-// One of the display has no pixels: what it tells is what the display is at that moment.
+// A context keeps the pixels, palette, brush and font that it uses, so that they outlive their
+// handles. One of the display has no pixels: what it tells is what the display is at that moment.
 #include "platform/graphics/device_contexts.h"
 
 #include <utility>
 
 #include "platform/graphics/display.h"
+#include "platform/graphics/fonts.h"
 #include "platform/handle_table.h"
 #include "vellim/platform.h"
 
@@ -47,6 +48,11 @@ GraphicsHandle SelectBrush(DeviceContext& context, BrushHandle brush,
     return std::exchange(context.brush, brush);
 }
 
+GraphicsHandle SelectFont(DeviceContext& context, FontHandle font, const GraphicsObject& object) {
+    context.font = object.font;
+    return std::exchange(context.fontHandle, font);
+}
+
 }  // namespace
 
 DeviceContext* FindContext(DeviceContextHandle context) {
@@ -66,6 +72,7 @@ ColorRef ShownColor(const DeviceContext& context, ColorRef color) {
 
 DeviceContextHandle AddContext(DeviceContext context) {
     if (context.brush == 0) SelectBrush(context, WhiteBrush(), FindObject(WhiteBrush()));
+    if (context.fontHandle == 0) SelectFont(context, DefaultFont(), FindObject(DefaultFont()));
     if (context.paletteHandle == 0) {
         context.paletteHandle = DefaultPalette();
         context.palette = FindObject(context.paletteHandle).palette;
@@ -114,6 +121,8 @@ GraphicsHandle SelectObject(DeviceContextHandle context, GraphicsHandle object) 
             return SelectBitmap(*to, object, found);
         case ObjectKind::Brush:
             return SelectBrush(*to, object, found);
+        case ObjectKind::Font:
+            return SelectFont(*to, object, found);
         case ObjectKind::Palette:  // SelectPalette is for those
         case ObjectKind::None:
             break;
@@ -125,6 +134,12 @@ int32_t SetStretchBltMode(DeviceContextHandle context, int32_t mode) {
     vellim::DeviceContext* found = vellim::FindContext(context);
     if (found == nullptr || mode < BLACKONWHITE || mode > COLORONCOLOR) return 0;
     return std::exchange(found->stretchMode, mode);
+}
+
+int32_t SetBkMode(DeviceContextHandle context, int32_t mode) {
+    vellim::DeviceContext* found = vellim::FindContext(context);
+    if (found == nullptr || (mode != TRANSPARENT && mode != OPAQUE)) return 0;
+    return std::exchange(found->backgroundMode, mode);
 }
 
 ColorRef SetTextColor(DeviceContextHandle context, ColorRef color) {
@@ -139,11 +154,14 @@ ColorRef SetBkColor(DeviceContextHandle context, ColorRef color) {
 
 int32_t GetDeviceCaps(DeviceContextHandle context, int32_t capability) {
     constexpr int32_t paletteDepth = 8;
-    if (vellim::FindContext(context) == nullptr) return 0;
+    const vellim::DeviceContext* found = vellim::FindContext(context);
+    if (found == nullptr) return 0;
     const DisplaySettings now = vellim::CurrentDisplay();
     switch (capability) {
-        case BITSPIXEL:
-            return now.BitsPerPixel;
+        case BITSPIXEL:  // a window keeps the depth that it was made with
+            return found->kind == vellim::ContextKind::Window
+                       ? static_cast<int32_t>(vellim::DepthOf(*found))
+                       : now.BitsPerPixel;
         case PLANES:
             return 1;
         case NUMCOLORS:

@@ -7,6 +7,7 @@
 
 #include "platform/graphics/graphics_objects.h"
 #include "vellim/graphics.h"
+#include "vellim/text.h"
 
 namespace vellim {
 
@@ -31,11 +32,14 @@ struct DeviceContext {
     BitmapHandle bitmap = 0;
     BrushHandle brush = 0;
     ColorRef brushColor = 0x00FFFFFF;
+    FontHandle fontHandle = 0;
+    std::shared_ptr<const LOGFONT> font;
     PaletteHandle paletteHandle = 0;
     std::shared_ptr<const Palette> palette;
     ColorRef textColor = 0;
     ColorRef backColor = 0x00FFFFFF;
     int32_t stretchMode = BLACKONWHITE;
+    int32_t backgroundMode = OPAQUE;
     Mapping mapping;
     std::vector<RECT> excluded;  // in pixels
 
@@ -56,8 +60,8 @@ uint32_t DepthOf(const DeviceContext& context);
 // A colour as 0x00BBGGRR, that of an entry looked up in the context's palette.
 ColorRef ShownColor(const DeviceContext& context, ColorRef color);
 
-// A new context, with the system's own brush and palette where it has none, or 0; and the end of
-// one of a given kind.
+// A new context, with the system's own brush, font and palette where it has none, or 0; and the end
+// of one of a given kind.
 DeviceContextHandle AddContext(DeviceContext context);
 bool RemoveContext(DeviceContextHandle handle, ContextKind kind);
 

@@ -58,7 +58,7 @@ struct DibCall {
     uint32_t use;
 };
 
-// No rows for a bad argument, or without memory.
+// No rows for a bad argument.
 CommonRows FindCommonRows(const DibCall& call, DibConversion::Way way) {
     DeviceContext* context = FindContext(call.context);
     GraphicsObject object = FindObject(call.bitmap);
@@ -68,8 +68,8 @@ CommonRows FindCommonRows(const DibCall& call, DibConversion::Way way) {
     CommonRows rows = FindCommonRows(std::move(object.surface), *dib, call.start, call.lines);
     if (rows.count == 0) return {};
     rows.conversion =
-        DibConversion::For(*context, way, call.info, *dib, call.use, rows.surface->bits);
-    return rows.conversion != nullptr ? rows : CommonRows{};
+        &DibConversion::For(*context, way, call.info, *dib, call.use, rows.surface->bits);
+    return rows;
 }
 
 // Bits of the last byte that are behind the row's last pixel.
@@ -109,6 +109,12 @@ int32_t SetDIBits(DeviceContextHandle context, BitmapHandle bitmap, uint32_t sta
         FindCommonRows({context, bitmap, start, lines, info, use}, DibConversion::Way::ToSurface);
     if (rows.count == 0 || bits == nullptr) return 0;
     const auto* from = static_cast<const uint8_t*>(bits);
+    if (rows.width == 1 && rows.count > 1) {
+        const ptrdiff_t down = -static_cast<ptrdiff_t>(rows.surface->stride);
+        ConvertColumn(*rows.conversion, {from, rows.dib.stride}, {rows.SurfaceRow(0), down},
+                      rows.count);
+        return static_cast<int32_t>(rows.count);
+    }
     for (uint32_t row = 0; row < rows.count; row++)
         ConvertRow(*rows.conversion, from + rows.DibRow(row), rows.SurfaceRow(row), rows.width);
     return static_cast<int32_t>(rows.count);

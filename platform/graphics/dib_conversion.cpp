@@ -8,15 +8,22 @@
 
 namespace vellim {
 
-const PixelConversion* DibConversion::For(DeviceContext& context, Way way, const BITMAPINFO* info,
-                                          const DibFormat& dib, uint32_t use,
-                                          uint32_t surfaceBits) {
+// That of a context, or without memory for it one of the thread's own: a row that can't be
+// converted would be missing from a picture without a word.
+DibConversion& DibConversion::KeptBy(DeviceContext& context) {
     try {
         if (context.dibs == nullptr) context.dibs = std::make_shared<DibConversion>();
+        return *context.dibs;
     } catch (const std::bad_alloc&) {
-        return nullptr;
+        thread_local DibConversion spare;
+        return spare;
     }
-    DibConversion& kept = *context.dibs;
+}
+
+const PixelConversion& DibConversion::For(DeviceContext& context, Way way, const BITMAPINFO* info,
+                                          const DibFormat& dib, uint32_t use,
+                                          uint32_t surfaceBits) {
+    DibConversion& kept = KeptBy(context);
     const bool byIndex = use == DIB_PAL_COLORS;
     Terms terms = {way,
                    dib.bits,
@@ -28,7 +35,7 @@ const PixelConversion* DibConversion::For(DeviceContext& context, Way way, const
     const size_t tableBytes = dib.colorCount * (byIndex ? sizeof(uint16_t) : sizeof(RGBQUAD));
     const auto* table = reinterpret_cast<const uint8_t*>(info) + sizeof(BITMAPINFOHEADER);
     if (terms == kept.terms_ && std::memcmp(table, kept.table_.data(), tableBytes) == 0)
-        return &kept.conversion_;
+        return kept.conversion_;
 
     const PixelFormat pixels = ReadDibColors(info, dib, use, terms.palette.get());
     const PixelFormat surface = SurfaceFormat(surfaceBits);
@@ -37,7 +44,7 @@ const PixelConversion* DibConversion::For(DeviceContext& context, Way way, const
         MakeConversion(isToSurface ? pixels : surface, isToSurface ? surface : pixels);
     std::memcpy(kept.table_.data(), table, tableBytes);
     kept.terms_ = std::move(terms);
-    return &kept.conversion_;
+    return kept.conversion_;
 }
 
 }  // namespace vellim

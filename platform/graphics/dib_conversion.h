@@ -15,8 +15,8 @@ class DibConversion {
   public:
     enum class Way : uint8_t { ToSurface, FromSurface };
 
-    // That of DIBs like this one in the colours of `context`, which keeps it; null without memory.
-    static const PixelConversion* For(DeviceContext& context, Way way, const BITMAPINFO* info,
+    // That of DIBs like this one in the colours of `context`; good until the next one is asked for.
+    static const PixelConversion& For(DeviceContext& context, Way way, const BITMAPINFO* info,
                                       const DibFormat& dib, uint32_t use, uint32_t surfaceBits);
 
   private:
@@ -34,6 +34,8 @@ class DibConversion {
 
         bool operator==(const Terms&) const = default;
     };
+
+    static DibConversion& KeptBy(DeviceContext& context);
 
     Terms terms_;
     std::array<uint8_t, kMostTableBytes> table_{};  // as it stands behind the header

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
+#include <cstdint>
 
 #include "vellim/graphics.h"
 #include "vellim/platform.h"
@@ -17,9 +19,10 @@ std::array<PALETTEENTRY, 256> DisplayPalette();
 uint32_t DisplayVersion();
 void NoteDisplayChange();
 
-// The colours of any display by number, black beyond the last: its palette, or where it has none
-// black, white, the rest of the sixteen, and what the palette has besides.
-ColorRef DisplayColor(uint32_t index);
+// A colour of any display by number, as a palette of `count` numbers means it, black beyond the
+// last: one of its palette, or of a display without one what surfaces of so many colours have
+// (black and white, the sixteen, all of 8 bits).
+ColorRef DisplayColor(uint32_t index, size_t count);
 
 // The sixteen colours of surfaces of 4 bits a pixel.
 extern const std::array<PALETTEENTRY, 16> kSystemColors;

@@ -57,11 +57,6 @@ constexpr DisplayColors kDefaultPalette = MakeDefaultPalette();
 constinit std::mutex paletteMutex;
 constinit DisplayColors palette = kDefaultPalette;
 
-bool IsSystemColor(ColorRef color) {
-    return std::ranges::any_of(kSystemColors,
-                               [color](const auto& entry) { return ColorOf(entry) == color; });
-}
-
 }  // namespace
 
 // Red, green, blue: eight dark colours, then the bright ones, light grey standing before dark.
@@ -87,22 +82,16 @@ std::array<PALETTEENTRY, 256> DisplayPalette() {
     return palette;
 }
 
-// Without a palette a picture of two colours gets black and white, one of sixteen the system's, and
-// one of 256 all that surfaces of 8 bits have.
-ColorRef DisplayColor(uint32_t index) {
+ColorRef DisplayColor(uint32_t index, size_t count) {
     constexpr int32_t paletteDepth = 8;
+    constexpr size_t blackAndWhite = 2;
+    const bool hasPalette = CurrentDisplay().BitsPerPixel == paletteDepth;
+    if (!hasPalette && count <= blackAndWhite)
+        return index == 0 ? 0 : ColorOf(kSystemColors.back());
+    if (!hasPalette && count <= kSystemColors.size())
+        return index < kSystemColors.size() ? ColorOf(kSystemColors[index]) : 0;
     const DisplayColors colors = DisplayPalette();
-    if (CurrentDisplay().BitsPerPixel == paletteDepth)
-        return index < colors.size() ? ColorOf(colors[index]) : 0;
-    constexpr size_t systems = kSystemColors.size();
-    if (index == 1) return ColorOf(kSystemColors.back());
-    if (index < systems) return ColorOf(kSystemColors[index == 0 ? 0 : index - 1]);
-    size_t left = index - systems;
-    for (const PALETTEENTRY& entry : colors) {
-        const ColorRef color = ColorOf(entry);
-        if (!IsSystemColor(color) && left-- == 0) return color;
-    }
-    return 0;
+    return index < colors.size() ? ColorOf(colors[index]) : 0;
 }
 
 }  // namespace vellim

@@ -1,4 +1,4 @@
-// The table of bitmaps, palettes and brushes.
+// The table of bitmaps, palettes, brushes and fonts.
 //
 // An object is a handful of shared parts: whoever uses it takes a share of its own, and a handle
 // that is given back lets go of the table's.
@@ -52,6 +52,7 @@ size_t BytesOf(const Surface& surface) {
 GraphicsHandle AddObject(GraphicsObject object) {
     if (object.kind == ObjectKind::Bitmap && object.surface == nullptr) return 0;
     if (object.kind == ObjectKind::Palette && object.palette == nullptr) return 0;
+    if (object.kind == ObjectKind::Font && object.font == nullptr) return 0;
     const auto [handle, entry] = objects.Reserve();
     if (handle == 0) return 0;
     *entry = std::move(object);
@@ -69,15 +70,18 @@ uint32_t LiveObjects() {
 }
 
 BitmapHandle DefaultBitmap() {
-    static const BitmapHandle bitmap =
-        AddObject({.kind = ObjectKind::Bitmap, .surface = MakeSurface(1, 1, 1), .isSystems = true});
-    return bitmap;
+    static SystemsObject bitmap;
+    return bitmap.Get([] {
+        return GraphicsObject{
+            .kind = ObjectKind::Bitmap, .surface = MakeSurface(1, 1, 1), .isSystems = true};
+    });
 }
 
 BrushHandle WhiteBrush() {
-    static const BrushHandle brush =
-        AddObject({.kind = ObjectKind::Brush, .brush = kWhite, .isSystems = true});
-    return brush;
+    static SystemsObject brush;
+    return brush.Get([] {
+        return GraphicsObject{.kind = ObjectKind::Brush, .brush = kWhite, .isSystems = true};
+    });
 }
 
 }  // namespace vellim
@@ -94,6 +98,23 @@ BitmapHandle CreateBitmap(int32_t width, int32_t height, uint32_t planes, uint32
     if (surface == nullptr) return 0;
     if (bits != nullptr) std::memcpy(surface->pixels.get(), bits, vellim::BytesOf(*surface));
     return vellim::AddBitmap(std::move(surface));
+}
+
+// Rows of the record may be longer than they have to be.
+BitmapHandle CreateBitmapIndirect(const BITMAP* bitmap) {
+    if (bitmap == nullptr) return 0;
+    const BitmapHandle made = CreateBitmap(bitmap->bmWidth, bitmap->bmHeight, bitmap->bmPlanes,
+                                           bitmap->bmBitsPixel, nullptr);
+    if (made == 0 || bitmap->bmBits == nullptr) return made;
+    const std::shared_ptr<vellim::Surface> surface = FindObject(made).surface;
+    if (bitmap->bmWidthBytes < 0 || static_cast<uint32_t>(bitmap->bmWidthBytes) < surface->stride) {
+        DeleteObject(made);
+        return 0;
+    }
+    const auto* from = static_cast<const uint8_t*>(bitmap->bmBits);
+    for (int32_t y = 0; y < surface->height; y++, from += bitmap->bmWidthBytes)
+        std::memcpy(surface->Row(y), from, surface->stride);
+    return made;
 }
 
 BitmapHandle CreateCompatibleBitmap(DeviceContextHandle context, int32_t width, int32_t height) {

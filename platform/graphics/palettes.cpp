@@ -43,18 +43,19 @@ uint32_t CopyEntries(std::span<const PALETTEENTRY> all, uint32_t first, uint32_t
 }  // namespace
 
 PaletteHandle DefaultPalette() {
-    static const PaletteHandle palette =
-        AddObject({.kind = ObjectKind::Palette,
-                   .palette = MakePalette(kSystemColors.data(), kSystemColors.size()),
-                   .isSystems = true});
-    return palette;
+    static SystemsObject palette;
+    return palette.Get([] {
+        return GraphicsObject{.kind = ObjectKind::Palette,
+                              .palette = MakePalette(kSystemColors.data(), kSystemColors.size()),
+                              .isSystems = true};
+    });
 }
 
 ColorRef ColorOfEntry(const Palette& palette, uint32_t entry) {
     if (entry >= palette.entries.size()) return 0;
     const PALETTEENTRY& found = palette.entries[entry];
     if ((found.peFlags & PC_EXPLICIT) == 0) return ColorOf(found);
-    return DisplayColor(found.peRed | uint32_t{found.peGreen} << 8U);
+    return DisplayColor(found.peRed | uint32_t{found.peGreen} << 8U, palette.entries.size());
 }
 
 }  // namespace vellim

@@ -1,7 +1,6 @@
 #include "platform/graphics/pixel_copy.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -79,30 +78,43 @@ uint32_t FirstPixel(const uint8_t* row, uint32_t bits) {
     return row[0] | uint32_t{row[1]} << byteBits | uint32_t{row[2]} << 2 * byteBits;
 }
 
+void FillRow(uint8_t* row, uint32_t bits, size_t first, size_t count, uint32_t pixel) {
+    constexpr uint32_t trueColorBits = 24;
+    if (bits != trueColorBits || count != 1) return FillPixels(row, bits, first, count, pixel);
+    uint8_t* at = row + 3 * first;
+    at[0] = static_cast<uint8_t>(pixel);
+    at[1] = static_cast<uint8_t>(pixel >> 8U);
+    at[2] = static_cast<uint8_t>(pixel >> 16U);
+}
+
+uint32_t JoinedPixel(const SourceRows& source, PixelGroup rows, Joining joining) {
+    const uint32_t bits = source.surface->bits;
+    uint32_t pixel = FirstPixel(source.Row(rows.first), bits);
+    for (int32_t y = rows.first + 1; y < rows.end; y++) {
+        const uint32_t other = FirstPixel(source.Row(y), bits);
+        pixel = joining == Joining::And ? pixel & other : pixel | other;
+    }
+    return pixel;
+}
+
 // Draws a source of a single column, whose rows come to one pixel each: a turned picture comes in
-// these. False where pixels need more than a look at a table.
+// these. False where pixels need more than a look at a table, or without memory.
 bool DrawColumn(const Surface& surface, const RECT& part, const Copy& copy, Joining joining) {
-    const uint32_t fromBits = copy.source.surface->bits;
+    const ColorChange& change = copy.rows.Change();
     const bool isInverted = copy.operation == PixelOperation::CopyInverted;
-    if (copy.source.surface->width != 1 || !copy.rows.Change().NewPixel(0)) return false;
+    if (copy.source.surface->width != 1 || !change.NewPixel(0)) return false;
     if (copy.operation != PixelOperation::Copy && !isInverted) return false;
+    const auto height = static_cast<size_t>(part.bottom - part.top);
+    const PixelGroup* groups = copy.rows.Down(copy.down, part.top, height);
+    if (groups == nullptr) return false;
     const uint32_t inverted = isInverted ? (1U << surface.bits) - 1 : 0;
     const auto left = static_cast<size_t>(part.left);
     const auto count = static_cast<size_t>(part.right - part.left);
-    std::array<PixelGroup, 256> groups{};
-    for (int32_t y = part.top; y < part.bottom;) {
-        const auto rows = std::min(groups.size(), static_cast<size_t>(part.bottom - y));
-        FindGroups(copy.down, y, {groups.data(), rows});
-        for (size_t i = 0; i < rows; i++, y++) {
-            if (groups[i].IsEmpty()) continue;
-            uint32_t pixel = FirstPixel(copy.source.Row(groups[i].first), fromBits);
-            for (int32_t from = groups[i].first + 1; from < groups[i].end; from++) {
-                const uint32_t other = FirstPixel(copy.source.Row(from), fromBits);
-                pixel = joining == Joining::And ? pixel & other : pixel | other;
-            }
-            const uint32_t made = copy.rows.Change().NewPixel(pixel).value_or(0);
-            FillPixels(surface.Row(y), surface.bits, left, count, made ^ inverted);
-        }
+    for (size_t i = 0; i < height; i++) {
+        if (groups[i].IsEmpty()) continue;
+        const uint32_t pixel = JoinedPixel(copy.source, groups[i], joining);
+        const uint32_t made = change.NewPixel(pixel).value_or(0) ^ inverted;
+        FillRow(surface.Row(part.top + static_cast<int32_t>(i)), surface.bits, left, count, made);
     }
     return true;
 }
@@ -118,6 +130,13 @@ CopiedRows* RowsOf(DeviceContext& context) {
 }
 
 }  // namespace
+
+bool MeetsPixels(const DeviceContext& to, POINT corner, int32_t width, int32_t height) {
+    const RECT bounds = BoundsOf(to);
+    const RECT area = InOrder(EdgesInPixels(to.mapping, corner, width, height));
+    RECT both{};
+    return IntersectRect(&both, &area, &bounds) != 0;
+}
 
 bool CopyPixels(DeviceContext& to, const RECT& edges, CopySource source, PixelOperation operation) {
     const RECT bounds = BoundsOf(to);

@@ -26,6 +26,9 @@ struct CopySource {
     ColorRef background = 0;  // what becomes 1 on a surface of one bit
 };
 
+// Whether a copy or a fill of such a rectangle, in units of the context, meets any pixel of it.
+bool MeetsPixels(const DeviceContext& to, POINT corner, int32_t width, int32_t height);
+
 // Both draw to the surface of `to`, which has one, between edges in either order. Pixels that the
 // source doesn't have, and those out of the clip region, stay as they are. False without memory.
 bool CopyPixels(DeviceContext& to, const RECT& edges, CopySource source, PixelOperation operation);

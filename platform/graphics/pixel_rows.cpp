@@ -156,4 +156,21 @@ void ConvertRow(const PixelConversion& conversion, const uint8_t* from, uint8_t*
     }
 }
 
+// Whole bytes on both sides are what turned pictures come in.
+void ConvertColumn(const PixelConversion& conversion, FromColumn from, ToColumn to,
+                   uint32_t count) {
+    const bool isLookedUp = conversion.way == PixelConversion::Way::Table &&
+                            conversion.fromBits == 8 && conversion.to.bits >= 8;
+    const size_t bytes = conversion.to.bits / 8;
+    for (; count != 0; count--, from.first += from.step, to.first += to.step) {
+        if (!isLookedUp) {
+            ConvertRow(conversion, from.first, to.first, 1);
+            continue;
+        }
+        const uint32_t pixel = conversion.pixels[*from.first];
+        for (size_t i = 0; i < bytes; i++)
+            to.first[i] = static_cast<uint8_t>(pixel >> 8 * i);
+    }
+}
+
 }  // namespace vellim

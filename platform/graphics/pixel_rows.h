@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "platform/graphics/pixel_format.h"
@@ -28,5 +29,18 @@ size_t BytesOfPixels(uint32_t bits, uint32_t width);
 // Writes `width` pixels and leaves the others of the last byte as they are. The rows don't overlap.
 void ConvertRow(const PixelConversion& conversion, const uint8_t* from, uint8_t* to,
                 uint32_t width);
+
+// Places one below the other, `step` bytes apart.
+struct FromColumn {
+    const uint8_t* first;
+    ptrdiff_t step;
+};
+struct ToColumn {
+    uint8_t* first;
+    ptrdiff_t step;
+};
+
+// The same for the first pixels of `count` rows.
+void ConvertColumn(const PixelConversion& conversion, FromColumn from, ToColumn to, uint32_t count);
 
 }  // namespace vellim

@@ -40,7 +40,7 @@ bool HasOne(const uint8_t* row, PixelGroup group, uint64_t inverted) {
 uint32_t OnesOf(const uint8_t* row, std::span<const PixelGroup> groups, uint64_t inverted) {
     const auto [low, high] = std::minmax(groups.front().first, groups.back().first);
     const auto first = static_cast<uint32_t>(low);
-    const uint32_t end = static_cast<uint32_t>(std::max(groups.front().end, groups.back().end));
+    const auto end = static_cast<uint32_t>(std::max(groups.front().end, groups.back().end));
     const uint32_t span = end - first;
     uint32_t ones = 0;
     if (span > kMostAtOnce) {

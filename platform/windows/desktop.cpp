@@ -6,7 +6,7 @@
 namespace vellim {
 namespace {
 
-constexpr DesktopDriver kHeadless = {nullptr, nullptr};
+constexpr DesktopDriver kHeadless{};
 
 constinit std::mutex desktopMutex;
 constinit DesktopDriver desktop = kHeadless;

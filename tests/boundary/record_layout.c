@@ -124,8 +124,40 @@ SIZE(DisplaySettings, 12, 12);
 FIELD(DisplaySettings, DotsPerInchY, 4, 4);
 FIELD(DisplaySettings, BitsPerPixel, 8, 8);
 
-SIZE(DesktopDriver, 8, 16);
+SIZE(DesktopDriver, 12, 24);
 FIELD(DesktopDriver, ShowCursor, 4, 8);
+FIELD(DesktopDriver, RunDialog, 8, 16);
+
+SIZE(LOGFONT, 60, 60);
+FIELD(LOGFONT, lfWeight, 16, 16);
+FIELD(LOGFONT, lfItalic, 20, 20);
+FIELD(LOGFONT, lfFaceName, 28, 28);
+
+SIZE(TEXTMETRIC, 56, 56);
+FIELD(TEXTMETRIC, tmExternalLeading, 16, 16);
+FIELD(TEXTMETRIC, tmFirstChar, 44, 44);
+
+SIZE(PAINTSTRUCT, 24, 24);
+FIELD(PAINTSTRUCT, rcPaint, 8, 8);
+
+SIZE(NoteRecord, 32, 32);
+FIELD(NoteRecord, Text, 8, 8);
+FIELD(NoteRecord, Left, 12, 12);
+FIELD(NoteRecord, Dib, 28, 28);
+
+SIZE(ScrollRecord, 16, 16);
+FIELD(ScrollRecord, Horizontal, 8, 8);
+
+/* Packed: the address at its end isn't aligned. */
+SIZE(FaxPageRequest, 486, 490);
+FIELD(FaxPageRequest, PageWidth, 256, 256);
+FIELD(FaxPageRequest, FontName, 272, 272);
+FIELD(FaxPageRequest, PointSize, 400, 400);
+FIELD(FaxPageRequest, XResolution, 404, 404);
+FIELD(FaxPageRequest, LineSpacing, 412, 412);
+FIELD(FaxPageRequest, TabStops, 416, 416);
+FIELD(FaxPageRequest, Flags, 480, 480);
+FIELD(FaxPageRequest, Font, 482, 482);
 
 /* Packed: an address that follows an odd number of 32-bit fields isn't aligned. */
 SIZE(CodecState, 236, 260);

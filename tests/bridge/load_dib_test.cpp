@@ -79,7 +79,7 @@ TEST(LoadDib, KeepsWhatCameWithAWarningAndElseGivesACode) {
     const std::string path = FileOf(BuildTiff(images), "images.tif");
     const uint32_t blocks = LiveGlobalBlocks();
     const CursorHandle arrow = LoadCursorA(0, IDC_ARROW);
-    const DesktopDriver driver = {TakeMessage, nullptr};
+    const DesktopDriver driver = {TakeMessage, nullptr, nullptr};
     SetDesktopDriver(&driver);
     SetCursor(arrow);
     for (int32_t i = 0; const auto& c : cases) {

@@ -16,7 +16,7 @@ int32_t TakeMessage(WindowHandle owner, const char* text, const char* caption, u
     SetTiffError(TIFF_NOT_CALS);  // as a desktop that uses the library itself would
     return IDOK;
 }
-constexpr DesktopDriver kTakesMessages = {TakeMessage, nullptr};
+constexpr DesktopDriver kTakesMessages = {TakeMessage, nullptr, nullptr};
 
 class SaveBitmap : public testing::Test {
   protected:

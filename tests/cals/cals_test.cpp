@@ -159,7 +159,7 @@ TEST(CalsImage, KeepsWhatCameWithAWarningAndElseGivesACode) {
         {"1048576,16777216", black, TIFF_NO_MEMORY},  // above 32 bits
     };
     const uint32_t blocks = LiveGlobalBlocks();
-    const DesktopDriver driver = {Warn, nullptr};
+    const DesktopDriver driver = {Warn, nullptr, nullptr};
     SetDesktopDriver(&driver);
     SetCursor(0);
     for (const auto& c : cases) {

@@ -42,7 +42,7 @@ const DesktopDriver kWatching = {
     [](WindowHandle /*owner*/, const char* /*text*/, const char* /*caption*/, uint32_t /*style*/) {
         return ++boxes;
     },
-    [](CursorHandle /*cursor*/) { cursors++; }};
+    [](CursorHandle /*cursor*/) { cursors++; }, nullptr};
 
 struct PaintCals : testing::Test {
     void SetUp() override {

@@ -13,7 +13,7 @@ int32_t TakeMessage(WindowHandle /*owner*/, const char* /*text*/, const char* /*
                     uint32_t /*style*/) {
     return IDOK;
 }
-constexpr DesktopDriver kSilent = {TakeMessage, nullptr};
+constexpr DesktopDriver kSilent = {TakeMessage, nullptr, nullptr};
 
 class SavedBitmap : public testing::Test {
   protected:

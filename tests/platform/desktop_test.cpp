@@ -38,7 +38,8 @@ int32_t Answer(WindowHandle owner, const char* text, const char* caption, uint32
     return IDCANCEL;
 }
 
-constexpr DesktopDriver kDriver = {Answer, [](CursorHandle cursor) { cursors.push_back(cursor); }};
+constexpr DesktopDriver kDriver = {Answer, [](CursorHandle cursor) { cursors.push_back(cursor); },
+                                   nullptr};
 
 TEST(Desktop, ShowsCursorsAndAnswersMessages) {
     SetDesktopDriver(&kDriver);

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
 
 #include "platform/graphics/display.h"
 #include "platform/graphics/graphics_objects.h"
@@ -102,16 +103,22 @@ TEST(Display, ShowsTheNearestOfItsColours) {
     ReleaseDC(0, context);
 }
 
-// Tables of 2, 16 or 256 colours by number lose nothing of pictures of 1, 4 or 8 bits.
+// Tables of 2, 16 or 256 colours by number lose nothing of pictures of 1, 4 or 8 bits, whatever the
+// display's palette.
 TEST(Display, NumbersAllColoursThatBitmapsHave) {
-    std::array<ColorRef, 256> numbered{};
+    std::array<PALETTEENTRY, 256> greens{};
     for (uint32_t i = 0; i < 256; i++)
-        numbered[i] = vellim::DisplayColor(i);
-    EXPECT_TRUE(numbered[0] == 0 && numbered[1] == 0xFFFFFF);
-    for (const auto& entry : vellim::kSystemColors)
-        EXPECT_EQ(std::count(numbered.begin(), numbered.begin() + 16, vellim::ColorOf(entry)), 1);
-    for (const auto& entry : vellim::DisplayPalette())
-        EXPECT_GT(std::ranges::count(numbered, vellim::ColorOf(entry)), 0);
+        greens[i].peGreen = static_cast<uint8_t>(255 - i);
+    SetDisplayPalette(greens.data());
+    for (const uint32_t bits : {1U, 4U, 8U}) {
+        std::set<ColorRef> numbered, shown;
+        for (uint32_t i = 0; i < 1U << bits; i++) {
+            numbered.insert(vellim::DisplayColor(i, size_t{1} << bits));
+            shown.insert(vellim::ColorOfPixel(bits, i));
+        }
+        EXPECT_EQ(numbered, shown) << bits;
+    }
+    SetDisplayPalette(nullptr);
 }
 
 }  // namespace

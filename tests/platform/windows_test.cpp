@@ -186,6 +186,34 @@ TEST_F(Windows, OneRectangleIsToBePainted) {
     EXPECT_TRUE(ValidateRect(window, nullptr) && DestroyWindow(window));
 }
 
+TEST_F(Windows, APaintTakesWhatIsInvalidAndMayDrawBeyondIt) {
+    const WindowHandle window = CreateMemoryWindow(20, 20, 4);
+    ShowScrollBar(window, SB_VERT, 1);
+    ValidateRect(window, nullptr);
+    const RECT part = {3, 4, 99, 9};
+    InvalidateRect(window, &part, 0);
+    for (const Edges& expected : {Edges{3, 4, 16, 9}, ClientOf(window)}) {
+        PAINTSTRUCT paint{};
+        const DeviceContextHandle context = BeginPaint(window, &paint);
+        EXPECT_TRUE(context != 0 && paint.hdc == context);
+        const auto [left, top, right, bottom] = paint.rcPaint;
+        EXPECT_EQ((Edges{left, top, right, bottom}), expected);
+        EXPECT_EQ(paint.fErase, int{expected[0] == 3}) << "nothing is invalid again";
+        EXPECT_EQ(UpdateOf(window), Edges{});
+        EXPECT_EQ(PatBlt(context, 0, 0, 20, 20, BLACKNESS), 1);
+        EXPECT_EQ(EndPaint(0, &paint) + EndPaint(window, nullptr), 0);
+        EXPECT_EQ(EndPaint(window, &paint), 1);
+        EXPECT_EQ(EndPaint(window, &paint), 0);
+    }
+    EXPECT_EQ(Shown(window).At(0, 19), kBlack);
+    EXPECT_EQ(InvalidateRect(window, nullptr, 1), 1);
+    EXPECT_EQ(BeginPaint(window, nullptr), 0U);
+    EXPECT_EQ(UpdateOf(window), ClientOf(window)) << "a paint that failed";
+    EXPECT_EQ(DestroyWindow(window), 1);
+    PAINTSTRUCT none{};
+    EXPECT_EQ(BeginPaint(window, &none), 0U);
+}
+
 TEST_F(Windows, StrangersAreRefused) {
     const WindowHandle stale = CreateMemoryWindow(4, 4, 0), window = CreateMemoryWindow(4, 4, 0);
     SetActiveWindow(stale);

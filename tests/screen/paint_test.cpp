@@ -1,6 +1,7 @@
 // TIFF pictures on the screen, against the decoded picture turned, scaled and cut by plain means.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <optional>
 
 #include "support/painted_view.h"
@@ -71,7 +72,7 @@ const DesktopDriver kWatching = {
     [](WindowHandle /*owner*/, const char* /*text*/, const char* /*caption*/, uint32_t /*style*/) {
         return ++boxes;
     },
-    [](CursorHandle cursor) { cursors.push_back(cursor); }};
+    [](CursorHandle cursor) { cursors.push_back(cursor); }, nullptr};
 
 struct PaintTiffAlone : testing::Test {
     void SetUp() override {
@@ -179,6 +180,34 @@ TEST_F(PaintTiffAlone, KeepsTheLinesThatCameOfADamagedFile) {
         EXPECT_TRUE(to.Pixels() == expected) << flags;
         EXPECT_TRUE(boxes == 0 && SetCursor(arrow_) == arrow_);
         EXPECT_EQ(Live()[0], live[0]);
+    }
+}
+
+// Ratios below 0, and a picture so wide that a pixel of it is next to nothing.
+TEST_F(PaintTiffAlone, LeavesNothingOlderWhereThereIsNothingToSee) {
+    const std::string page = FileOf(BuildTiff({TiffImageOf(RandomImage(1, 1))}), "page");
+    const std::string wide =
+        FileOf(BuildTiff({SimpleImage(1'048'576, 1, 1, 1, 1, 1, 1, {Bytes(131'072)})}), "wide");
+    const struct {
+        const std::string& file;
+        ZoomRatios ratios;
+        size_t most;  // pixels that are not background
+    } cases[] = {{page, {-1, 1, 1, 1}, 0},
+                 {page, {-500, 1, -500, 1}, 0},
+                 {page, {1, -3, INT32_MIN, 1}, 0},
+                 {wide, {1, 1'048'576, 1, 1}, 1}};
+    for (const auto& c : cases) {
+        const TestWindow to(4000, 9, 0);
+        const std::vector<uint32_t> all = to.Pixels();
+        const DeviceContextHandle context = GetDC(to.window);
+        PatBlt(context, 0, 0, 4000, 9, BLACKNESS);
+        ASSERT_NE(to.Pixels(), all);
+        EXPECT_EQ(
+            DecompressTiffToScreen(to.window, context, c.file.c_str(), 0, &c.ratios, VIEW_ZOOM), 1);
+        ReleaseDC(to.window, context);
+        const std::vector<uint32_t> after = to.Pixels();
+        const auto background = std::ranges::count(after, all[0]);
+        EXPECT_LE(after.size() - static_cast<size_t>(background), c.most) << c.ratios.XNumerator;
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include "bridge/dib_bitmaps.h"
 #include "platform/graphics/device_contexts.h"
+#include "platform/graphics/fonts.h"
 #include "platform/graphics/graphics_guards.h"
 #include "platform/memory/memory_blocks.h"
 #include "support/dib_maker.h"
@@ -45,7 +46,7 @@ inline void SetDisplayDepth(int32_t bits) {
 
 // Blocks, objects, contexts; the system's own count from the start.
 inline std::vector<uint32_t> Live() {
-    DefaultBitmap(), DefaultPalette(), WhiteBrush();
+    DefaultBitmap(), DefaultPalette(), WhiteBrush(), DefaultFont();
     return {LiveGlobalBlocks(), LiveObjects(), LiveContexts()};
 }
 
