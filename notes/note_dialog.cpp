@@ -75,7 +75,7 @@ void StoreNote(WindowHandle dialog, NoteRecord& note) {
     OwnedBlock nothing(LocalAlloc(LHND, 1));
     if (!text || !nothing) return;
     SetEditedText(dialog, std::move(nothing));
-    
+    if (note.Text != 0) GlobalFree(note.Text);
     note.Text = text.Release();
     note.Opaque = static_cast<int32_t>(IsDlgButtonChecked(dialog, OPAQUE_BOX));
     note.StoreInHeader = static_cast<int32_t>(IsDlgButtonChecked(dialog, IN_HEADER_BOX));

@@ -162,12 +162,19 @@ const FcPattern* Nearest(const FcFontSet& fonts, const FaceWish& wish) {
     return best;
 }
 
-const char* GenericFamilyFor(std::string_view name) {
+const FamilyKind& KindOf(std::string_view name) {
     const std::string small = InSmallLetters(name);
-    const auto* kind = std::ranges::find_if(kFamilyKinds, [&](const FamilyKind& each) {
-        return small.find(each.part) != std::string::npos;
+    return *std::ranges::find_if(kFamilyKinds, [&](const FamilyKind& kind) {
+        return small.find(kind.part) != std::string::npos;
     });
-    return kind->generic;
+}
+
+// Behind the family that is asked for those of its kind: the settings' own, and in case they have
+// none those that we know.
+void AddFamiliesOfKind(const FamilyKind& kind, FcPattern* pattern) {
+    FcPatternAddString(pattern, FC_FAMILY, Text(kind.generic));
+    for (const std::string_view family : *kind.families)
+        if (!family.empty()) FcPatternAddString(pattern, FC_FAMILY, Text(std::string(family)));
 }
 
 // The family that the settings choose, of fonts with these characters; empty where there is none.
@@ -175,7 +182,7 @@ std::string MatchedFamily(const FaceWish& wish, const FcCharSet* characters) {
     const std::scoped_lock lock(configMutex);
     const Pattern pattern = PatternOf(Utf8Of(wish.name));
     if (Config() == nullptr || pattern == nullptr) return {};
-    FcPatternAddString(pattern.get(), FC_FAMILY, Text(GenericFamilyFor(wish.name)));
+    AddFamiliesOfKind(KindOf(wish.name), pattern.get());
     if (characters != nullptr) FcPatternAddCharSet(pattern.get(), FC_CHARSET, characters);
     FcConfigSubstitute(Config(), pattern.get(), FcMatchPattern);
     FcDefaultSubstitute(pattern.get());

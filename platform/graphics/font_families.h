@@ -55,25 +55,26 @@ inline constexpr auto kFamilySubstitutes = std::to_array<FamilySubstitutes>({
 struct FamilyKind {
     std::string_view part;
     const char* generic;  // fontconfig's name
+    const FamilyNames* families;
 };
 
 inline constexpr auto kFamilyKinds = std::to_array<FamilyKind>({
-    {"mono", "monospace"},
-    {"courier", "monospace"},
-    {"console", "monospace"},
-    {"typewriter", "monospace"},
-    {"fixed", "monospace"},
-    {"terminal", "monospace"},
-    {"code", "monospace"},
-    {"sans", "sans-serif"},
-    {"gothic", "sans-serif"},
-    {"serif", "serif"},
-    {"times", "serif"},
-    {"roman", "serif"},
-    {"garamond", "serif"},
-    {"antiqua", "serif"},
-    {"century", "serif"},
-    {"", "sans-serif"},
+    {"mono", "monospace", &kFixedFamilies},
+    {"courier", "monospace", &kFixedFamilies},
+    {"console", "monospace", &kFixedFamilies},
+    {"typewriter", "monospace", &kFixedFamilies},
+    {"fixed", "monospace", &kFixedFamilies},
+    {"terminal", "monospace", &kFixedFamilies},
+    {"code", "monospace", &kFixedFamilies},
+    {"sans", "sans-serif", &kSansFamilies},
+    {"gothic", "sans-serif", &kSansFamilies},
+    {"serif", "serif", &kSerifFamilies},
+    {"times", "serif", &kSerifFamilies},
+    {"roman", "serif", &kSerifFamilies},
+    {"garamond", "serif", &kSerifFamilies},
+    {"antiqua", "serif", &kSerifFamilies},
+    {"century", "serif", &kSerifFamilies},
+    {"", "sans-serif", &kSansFamilies},
 });
 
 }  // namespace vellim

@@ -114,8 +114,10 @@ bool ScaledFont::FindOutlines() {
         const std::optional<FaceFile> file = FaceOfFamily(family, wish);
         if (file && UseOutlines(OutlineFace::Open(library_, *file))) return true;
     }
+    // Any other face serves as long as it has letters.
     const std::optional<FaceFile> file = FaceInstead(wish);
-    return file && UseOutlines(OutlineFace::Open(library_, *file));
+    std::optional<OutlineFace> face = file ? OutlineFace::Open(library_, *file) : std::nullopt;
+    return face && face->GlyphOf('x') && UseOutlines(std::move(face));
 }
 
 FaceWish ScaledFont::Wish() const {

@@ -1,6 +1,8 @@
 // Text laid over pages by `vellim stamp`: where it goes, and what stays as it was.
 #include <gtest/gtest.h>
 
+#include <array>
+
 #include "run_tool.h"
 
 namespace vellim::test {
@@ -60,7 +62,7 @@ TEST(Stamp, LeavesOtherPagesAndTagsAsTheyWere) {
     auto wanted = Directories(ReadFile(in)), found = Directories(ReadFile(out));
     ASSERT_EQ(found.size(), 3U);
     for (size_t i = 0; i < 3; ++i) {
-        for (const uint16_t place : {273, 279}) {
+        for (const uint16_t place : std::to_array<uint16_t>({273, 279})) {
             wanted[i].erase(place);
             found[i].erase(place);
         }
@@ -86,7 +88,8 @@ TEST(Stamp, KeepsDepthAndCompression) {
                    0);
         auto before = Directories(ReadFile(Sample(name)))[0];
         auto after = Directories(ReadFile(out))[0];
-        for (const uint16_t tag : {256, 257, 258, 259, 262, 266, 269, 277, 282, 283, 317, 320})
+        for (const uint16_t tag :
+             std::to_array<uint16_t>({256, 257, 258, 259, 262, 266, 269, 277, 282, 283, 317, 320}))
             EXPECT_EQ(after[tag].value, before[tag].value) << tag;
         const Change change = Compare(Page(Sample(name)), Page(out));
         EXPECT_GT(change.count, 30U);
