@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <utility>
 
 #include "bridge/dib_bitmaps.h"
 #include "bridge/dib_palettes.h"
@@ -42,11 +41,12 @@ PageSet::PageSet(DeviceContextHandle context, const PageGeometry& size, const Pa
     : context_(context), size_(size), order_(order), white_(CreateSolidBrush(kWhite)) {
     if (!white_) return;
     if (form == 0) {
-        if (!StartNewBitmap()) return;
-    } else {
-        before_ = SelectObject(context_, form);
-        current_ = form;
+        isReady_ = StartNewBitmap();
+        return;
     }
+    current_ = form;
+    before_ = SelectObject(context_, form);
+    isReady_ = before_ != 0;
 }
 
 PageSet::~PageSet() {

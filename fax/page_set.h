@@ -35,7 +35,7 @@ class PageSet {
     PageSet& operator=(const PageSet&) = delete;
 
     // False where there is no page to draw on.
-    explicit operator bool() const { return before_ != 0; }
+    explicit operator bool() const { return isReady_; }
 
     // Stores the page. It is done with unless TurnPage comes next.
     void Deliver();
@@ -57,6 +57,7 @@ class PageSet {
     BitmapHandle own_ = 0;       // the same, while it is this run's to delete
     GraphicsHandle before_ = 0;  // what was selected before the pages
     uint32_t delivered_ = 0;
+    bool isReady_ = false;
 };
 
 }  // namespace vellim

@@ -1,6 +1,7 @@
 #include "note_page.h"
 
 #include <algorithm>
+#include <array>
 #include <new>
 #include <optional>
 #include <system_error>
@@ -49,9 +50,14 @@ std::optional<TiffCompression> CompressionOf(const ImageFacts& facts) {
     }
 }
 
+// Of the tags that tell of the data, those that are as true of the new data: a pixel keeps its
+// form.
+constexpr std::array<uint32_t, 3> kStillTrue = {TIFF_TAG_PLANAR_CONFIGURATION, TIFF_TAG_COLOR_MAP,
+                                                kSampleFormat};
+
 // Whether the tag tells of the data, which is written anew with tags of its own.
 bool TellsOfData(uint32_t tag) {
-    if (tag == TIFF_TAG_PLANAR_CONFIGURATION || tag == kSampleFormat) return false;  // stay true
+    if (std::find(kStillTrue.begin(), kStillTrue.end(), tag) != kStillTrue.end()) return false;
     const TagRole role = RuleOf(tag).role;
     return role == TagRole::DescribesData || role == TagRole::PointsIntoFile ||
            tag == TIFF_TAG_PHOTOMETRIC;
@@ -125,6 +131,15 @@ bool FillWithWhite(Burning& burning) {
     return true;
 }
 
+// The tags that tell how data is coded and have for the new data what they had for the old.
+std::vector<uint32_t> OptionsStillTrue(const ImageFacts& facts, const TiffPlan& plan) {
+    const bool differs = plan.compression == TiffCompression::LzwDifferencing;
+    std::vector<uint32_t> tags;
+    if (plan.fillOrder == facts.fillOrder) tags.push_back(TIFF_TAG_FILL_ORDER);
+    if (facts.predictor == (differs ? kDifferencing : 1)) tags.push_back(TIFF_TAG_PREDICTOR);
+    return tags;
+}
+
 std::optional<TiffPage> PlanPage(const PageSource& source, int32_t image, const PageInfo& info,
                                  std::string& why) {
     const TiffFileHandle file = source.tiff->File();
@@ -147,8 +162,9 @@ std::optional<TiffPage> PlanPage(const PageSource& source, int32_t image, const 
     page.whiteIsZero = info.whiteIsZero;
     page.carried = KeptTags(file, image);
     page.plan = std::move(*plan);
-    auto order = ReadTag(file, image, TIFF_TAG_FILL_ORDER);
-    if (order && page.plan.fillOrder == facts.fillOrder) page.carried.push_back(std::move(*order));
+    for (const uint32_t tag : OptionsStillTrue(facts, page.plan)) {
+        if (auto value = ReadTag(file, image, tag)) page.carried.push_back(std::move(*value));
+    }
     return page;
 }
 

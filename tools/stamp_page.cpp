@@ -24,7 +24,8 @@ namespace vellim::tool {
 namespace {
 
 constexpr StampDots kUnknownDots = {200, 200};
-constexpr uint32_t kNewJpeg = 7;  // Compression
+constexpr uint32_t kLzw = 5;  // Compression
+constexpr uint32_t kNewJpeg = 7;
 constexpr uint32_t kPredictorDifferencing = 2;
 
 // ---- Tags. ----
@@ -47,6 +48,7 @@ bool IsKept(uint32_t tag, const ImageFacts& facts) {
     if (tag == TIFF_TAG_COLOR_MAP || tag == kSampleFormat) return true;
     if (tag == TIFF_TAG_FILL_ORDER) return facts.fillOrder == TIFF_FILL_MSB_FIRST;
     if (tag == TIFF_TAG_PLANAR_CONFIGURATION) return facts.planes == 1;
+    if (tag == TIFF_TAG_PREDICTOR) return facts.compression == kLzw && facts.predictor == 1;
     if (tag == TIFF_TAG_T6_OPTIONS) return facts.compression == TIFF_KEY_GROUP4;
     if (IsJpeg(facts) && (tag == TIFF_TAG_PHOTOMETRIC || tag == kCoefficients ||
                           tag == kPositioning || tag == TIFF_TAG_REFERENCE_BLACK_WHITE)) {
@@ -84,7 +86,6 @@ bool ReadKeptTags(TiffFileHandle file, int32_t image, const ImageFacts& facts, K
 // ---- The plan. ----
 
 TiffCompression CompressionOf(const ImageFacts& facts) {
-    constexpr uint32_t kLzw = TIFF_KEY_LZW & 0xFFFFU;
     switch (facts.compression) {
         case TIFF_KEY_NONE:
             return TiffCompression::None;

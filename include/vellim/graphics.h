@@ -75,6 +75,7 @@ enum DibColorUse {
 VELLIM_API BitmapHandle CreateBitmap(int32_t width, int32_t height, uint32_t planes,
                                      uint32_t bitsPerPixel, const void* bits);
 
+/* The same from a record, with rows of bmWidthBytes at bmBits. */
 VELLIM_API BitmapHandle CreateBitmapIndirect(const BITMAP* bitmap);
 
 /* A bitmap of the context's own format: the display's, or that of the bitmap selected into it. */
@@ -143,8 +144,8 @@ VELLIM_API int32_t DeleteObject(GraphicsHandle object);
 VELLIM_API DeviceContextHandle CreateCompatibleDC(DeviceContextHandle context);
 VELLIM_API int32_t DeleteDC(DeviceContextHandle context);
 
-/* Selects a bitmap (into a context in memory alone) or a brush and gives the object before, which
- * for the first of its kind is one of the system's own, which DeleteObject leaves alone. */
+/* Selects a bitmap (into a context in memory alone), a brush or a font and gives the object before,
+ * which for the first of its kind is one of the system's own, which DeleteObject leaves alone. */
 VELLIM_API GraphicsHandle SelectObject(DeviceContextHandle context, GraphicsHandle object);
 
 /* In MM_TEXT a unit is a pixel; in MM_ANISOTROPIC the window extents are drawn out to the viewport
@@ -216,7 +217,7 @@ VELLIM_API int32_t StretchDIBits(DeviceContextHandle to, int32_t x, int32_t y, i
 VELLIM_API int32_t PatBlt(DeviceContextHandle context, int32_t x, int32_t y, int32_t width,
                           int32_t height, uint32_t operation);
 
-/* Fills with a brush, right and bottom left out. */
+/* Fills with a brush, right and bottom left out; nothing where they aren't beyond left and top. */
 VELLIM_API int32_t FillRect(DeviceContextHandle context, const RECT* rect, BrushHandle brush);
 
 /* ---- Rectangles. ---- */

@@ -2,7 +2,8 @@
  *
  * Text is bytes in Windows-1252, one line at a time. What is measured is what is drawn: a line is
  * as wide as the sum of its characters, on every surface. Letters are hinted to whole pixels;
- * surfaces of up to 8 bits get them without greys. Where a machine has no font that serves, a small
+ * surfaces of up to 8 bits get them without greys. A byte that is no character is drawn as a box.
+ * Where a machine has no font that serves, a small
  * one of the library's own does; its face name is "VELLIM". */
 #ifndef VELLIM_TEXT_H
 #define VELLIM_TEXT_H
@@ -73,8 +74,9 @@ typedef struct TEXTMETRIC {
  * for null or without memory. */
 VELLIM_API FontHandle CreateFontIndirectA(const LOGFONT* font);
 
-/* Width of `count` bytes and height of the line (tmHeight). A context begins with a default font of
- * 16 units a line. */
+/* Width of `count` bytes and height of the line (tmHeight), in units of the context. Where these
+ * aren't pixels, the width is rounded once, as a whole. A context begins with a default font of 16
+ * units a line. */
 VELLIM_API int32_t GetTextExtentPointA(DeviceContextHandle context, const char* text, int32_t count,
                                        SIZE* size);
 VELLIM_API int32_t GetTextMetricsA(DeviceContextHandle context, TEXTMETRIC* metrics);
@@ -94,7 +96,8 @@ enum TextOption {
     ETO_CLIPPED = 4 /* draws inside the rectangle alone */
 };
 
-/* `rect` may be null without options; `steps`, null, or the width to give each character. */
+/* `rect` may be null without options. `steps`: null, or the width to give each byte. 0 for a bad
+ * argument or without memory. */
 VELLIM_API int32_t ExtTextOutA(DeviceContextHandle context, int32_t x, int32_t y, uint32_t options,
                                const RECT* rect, const char* text, uint32_t count,
                                const int32_t* steps);

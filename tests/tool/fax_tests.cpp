@@ -46,14 +46,14 @@ std::vector<std::string> Ink(const std::string& path) {
 
 TEST(Fax, TextBeginsAtItsMarginsAndTabStops) {
     const auto rows =
-        Ink(FaxFile("MM\r\n\r\nM\tMMMMMMMM\tM", std::string(kShape) + " --tabs 5,10,49"));
+        Ink(FaxFile("MM\r\n\r\nM\tMMMMMMMM\tM", std::string(kShape) + " --tabs 5,10,45"));
     ASSERT_EQ(rows.size(), 118U);
     ASSERT_EQ(rows[0].size(), 236U);
-    // Stops lie at 19, 39 and 192 pixels from the margin; the text behind the first passes the
+    // Stops lie at 20, 39 and 177 pixels from the margin; the text behind the first passes the
     // next.
     const std::string line1 = std::string(kMargin, '.') + "#......#.#......#.";
     std::string line3(236, '.');
-    for (const size_t at : {0U, 19U, 28U, 37U, 46U, 55U, 64U, 73U, 82U, 192U})
+    for (const size_t at : {0U, 20U, 29U, 38U, 47U, 56U, 65U, 74U, 83U, 177U})
         line3.replace(kMargin + at, kLetterWidth, "#......#.");
     std::vector<size_t> inked;
     for (size_t y = 0; y < rows.size(); ++y) {
