@@ -62,15 +62,19 @@ void CheckOneOf(WindowHandle dialog, NoteControl checked, NoteControl unchecked)
     CheckDlgButton(dialog, unchecked, 0);
 }
 
+// No more can be typed than comes back with Store.
 void FillDialog(WindowHandle dialog, const NoteRecord& note) {
+    SendDlgItemMessageA(dialog, TEXT_EDIT, EM_LIMITTEXT, kLengthMask - 1, 0);
     CheckDlgButton(dialog, note.StoreInHeader != 0 ? IN_HEADER_BOX : ON_IMAGE_BOX, 1);
     CheckDlgButton(dialog, note.Opaque != 0 ? OPAQUE_BOX : TRANSPARENT_BOX, 1);
     if (note.Text == 0) return;
     if (OwnedBlock text = CopyOfText(note.Text)) SetEditedText(dialog, std::move(text));
 }
 
-// Without memory the dialog stays open, with the text still in it.
+// Without memory the dialog stays open, with the text still in it. One that is over, or none at
+// all, changes nothing.
 void StoreNote(WindowHandle dialog, NoteRecord& note) {
+    if (EditedText(dialog) == 0 || IsDialogEnded(dialog) != 0) return;
     OwnedBlock text = CopyOfText(EditedText(dialog));
     OwnedBlock nothing(LocalAlloc(LHND, 1));
     if (!text || !nothing) return;

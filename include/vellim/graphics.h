@@ -207,7 +207,9 @@ VELLIM_API int32_t StretchBlt(DeviceContextHandle to, int32_t x, int32_t y, int3
                               int32_t fromY, int32_t fromWidth, int32_t fromHeight,
                               uint32_t operation);
 
-/* Draws part of a DIB; `fromY` counts from its lowest row. Gives the number of its rows. */
+/* Draws part of a DIB, of 16 and of 32 bits a pixel too (five bits of each colour, blue lowest;
+ * blue, green, red and a byte more); `fromY` counts from its lowest row. Gives the number of its
+ * rows. */
 VELLIM_API int32_t StretchDIBits(DeviceContextHandle to, int32_t x, int32_t y, int32_t width,
                                  int32_t height, int32_t fromX, int32_t fromY, int32_t fromWidth,
                                  int32_t fromHeight, const void* bits, const BITMAPINFO* info,

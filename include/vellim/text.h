@@ -3,8 +3,8 @@
  * Text is bytes in Windows-1252, one line at a time. What is measured is what is drawn: a line is
  * as wide as the sum of its characters, on every surface. Letters are hinted to whole pixels;
  * surfaces of up to 8 bits get them without greys. A byte that is no character is drawn as a box.
- * Where a machine has no font that serves, a small
- * one of the library's own does; its face name is "VELLIM". */
+ * Where a machine has no font that serves, a small one of the library's own does; its face name is
+ * "VELLIM". */
 #ifndef VELLIM_TEXT_H
 #define VELLIM_TEXT_H
 

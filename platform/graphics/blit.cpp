@@ -9,6 +9,7 @@
 #include "platform/graphics/mapping.h"
 #include "platform/graphics/pixel_copy.h"
 #include "platform/graphics/pixel_rows.h"
+#include "platform/graphics/row_buffer.h"
 
 namespace vellim {
 namespace {
@@ -39,11 +40,17 @@ SourceRows RowsOfDib(const DibFormat& dib, const PixelFormat& pixels, const uint
     const int32_t bottom = clip(std::max(edges.top, edges.bottom));
     const std::shared_ptr<Surface> surface = MakeSurface(dib.width, bottom - top, toBits);
     if (surface == nullptr) return {};
-    const PixelConversion conversion = MakeConversion(pixels, SurfaceFormat(toBits));
+    const bool isDeep = dib.bits == 16 || dib.bits == 32;
+    RowBuffer<uint8_t> trueColors;
+    if (isDeep && !trueColors.Reserve(size_t{3} * static_cast<uint32_t>(dib.width))) return {};
+    const PixelConversion conversion =
+        MakeConversion(isDeep ? SurfaceFormat(24) : pixels, SurfaceFormat(toBits));
+    const auto width = static_cast<uint32_t>(dib.width);
     for (int32_t y = top; y < bottom; y++) {
         const auto storedRow = static_cast<size_t>(dib.height - 1 - y);
-        ConvertRow(conversion, bits + storedRow * dib.stride, surface->Row(y - top),
-                   static_cast<uint32_t>(dib.width));
+        const uint8_t* row = bits + storedRow * dib.stride;
+        if (isDeep) MakeTrueColor(row, dib.bits, trueColors.Get(), width);
+        ConvertRow(conversion, isDeep ? trueColors.Get() : row, surface->Row(y - top), width);
     }
     return {surface, top};
 }
@@ -95,7 +102,7 @@ int32_t StretchDIBits(DeviceContextHandle to, int32_t x, int32_t y, int32_t widt
     using namespace vellim;
     DeviceContext* target = FindContext(to);
     if (target == nullptr || bits == nullptr || info == nullptr) return 0;
-    const std::optional<DibFormat> dib = ReadDibFormat(info, use);
+    const std::optional<DibFormat> dib = ReadDibFormat(info, use, DibDepths::AllDrawn);
     if (!dib) return 0;
     const std::optional<PixelOperation> pixelOperation = OperationOf(operation);
     if (!pixelOperation) return PatBlt(to, x, y, width, height, operation) != 0 ? dib->height : 0;

@@ -13,11 +13,12 @@ namespace {
 
 constexpr uint64_t kMostRowBytes = std::numeric_limits<int32_t>::max();
 
-bool IsUnderstood(const BITMAPINFOHEADER& header) {
+bool IsUnderstood(const BITMAPINFOHEADER& header, DibDepths depths) {
     const uint32_t bits = header.biBitCount;
+    const bool isDeep = depths == DibDepths::AllDrawn && (bits == 16 || bits == 32);
     return header.biSize == sizeof header && header.biPlanes == 1 && header.biCompression == 0 &&
            header.biWidth > 0 && header.biHeight > 0 &&
-           (bits == 1 || bits == 4 || bits == 8 || bits == 24);
+           (bits == 1 || bits == 4 || bits == 8 || bits == 24 || isDeep);
 }
 
 ColorRef ColorOfQuad(const uint8_t* table, uint32_t entry) {
@@ -34,15 +35,15 @@ ColorRef ColorOfIndex(const uint8_t* table, uint32_t entry, const Palette* palet
 
 }  // namespace
 
-std::optional<DibFormat> ReadDibFormat(const BITMAPINFO* info, uint32_t use) {
+std::optional<DibFormat> ReadDibFormat(const BITMAPINFO* info, uint32_t use, DibDepths depths) {
     if (info == nullptr || (use != DIB_RGB_COLORS && use != DIB_PAL_COLORS)) return std::nullopt;
     BITMAPINFOHEADER header;
     std::memcpy(&header, static_cast<const void*>(info), sizeof header);
-    if (!IsUnderstood(header)) return std::nullopt;
+    if (!IsUnderstood(header, depths)) return std::nullopt;
     const uint32_t bits = header.biBitCount;
     const uint64_t stride = DibStride(header.biWidth, bits);
     if (stride > kMostRowBytes) return std::nullopt;
-    const uint32_t all = bits == 24 ? 0 : 1U << bits;
+    const uint32_t all = bits <= 8 ? 1U << bits : 0;
     const uint32_t count = header.biClrUsed != 0 ? std::min(header.biClrUsed, all) : all;
     return DibFormat{header.biWidth, header.biHeight, static_cast<uint32_t>(stride), bits, count};
 }
@@ -57,6 +58,22 @@ PixelFormat ReadDibColors(const BITMAPINFO* info, const DibFormat& dib, uint32_t
         pixels.colors[i] =
             use == DIB_RGB_COLORS ? ColorOfQuad(table, i) : ColorOfIndex(table, i, palette);
     return pixels;
+}
+
+void MakeTrueColor(const uint8_t* from, uint32_t fromBits, uint8_t* to, uint32_t width) {
+    constexpr uint32_t fiveBits = 0x1F;
+    for (uint32_t x = 0; x < width; x++, to += 3) {
+        if (fromBits == 32) {
+            std::copy_n(from + size_t{4} * x, 3, to);
+            continue;
+        }
+        const uint8_t* pixel = from + size_t{2} * x;
+        const uint32_t both = pixel[0] | uint32_t{pixel[1]} << 8U;
+        for (uint32_t i = 0; i < 3; i++) {
+            const uint32_t level = both >> 5 * i & fiveBits;
+            to[i] = static_cast<uint8_t>(level << 3U | level >> 2U);
+        }
+    }
 }
 
 uint64_t DibStride(int32_t width, uint32_t bits) {

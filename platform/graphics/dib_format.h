@@ -17,10 +17,18 @@ struct DibFormat {
     uint32_t colorCount = 0;  // entries of the colour table, at most 1 << bits; none at 24 bits
 };
 
-// Nothing for a header that isn't one of 40 bytes, in one plane of 1, 4, 8 or 24 bits a pixel, not
-// compressed and lowest row first, or whose rows are longer than 31 bits tell; nor for a colour use
-// that isn't known.
-std::optional<DibFormat> ReadDibFormat(const BITMAPINFO* info, uint32_t use);
+// Pictures have 1, 4, 8 or 24 bits a pixel. DIBs of 16 (five of each colour, blue lowest) and of 32
+// (blue, green, red and a byte more) are drawn too.
+enum class DibDepths : uint8_t { OfPictures, AllDrawn };
+
+// Nothing for a header that isn't one of 40 bytes, in one plane of such a depth, not compressed and
+// lowest row first, or whose rows are longer than 31 bits tell; nor for a colour use that isn't
+// known.
+std::optional<DibFormat> ReadDibFormat(const BITMAPINFO* info, uint32_t use,
+                                       DibDepths depths = DibDepths::OfPictures);
+
+// Pixels of 16 or 32 bits as pixels of 24.
+void MakeTrueColor(const uint8_t* from, uint32_t fromBits, uint8_t* to, uint32_t width);
 
 // The colour table behind the header of such a DIB; entries of a null `palette` are black.
 PixelFormat ReadDibColors(const BITMAPINFO* info, const DibFormat& dib, uint32_t use,

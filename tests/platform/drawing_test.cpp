@@ -9,6 +9,7 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/graphics/surface.h"
@@ -327,6 +328,21 @@ TEST(Drawing, NeighboursMeetWithoutGapOrOverlap) {
         for (int32_t x = -50; x < 221; x++)
             EXPECT_EQ(BitBlt(to.context, x, 0, 1, 1, from.context, 0, 0, SRCINVERT), 1);
         EXPECT_EQ(to.Read(), Pixels(to.Read().size(), 1)) << extent;
+    }
+}
+
+// Two rows of two pixels each, the lower first: red and green, blue and a grey.
+TEST(Drawing, DibsOf16And32BitsAreDrawn) {
+    const uint8_t of16[] = {0x00, 0x7C, 0xE0, 0x03, 0x1F, 0x00, 0x42, 0x08};
+    const uint8_t of32[] = {0, 0, 255, 9, 0, 255, 0, 9, 255, 0, 0, 9, 16, 16, 16, 9};
+    for (const auto& [bits, pixels] : {std::pair<uint16_t, const uint8_t*>{16, of16}, {32, of32}}) {
+        const BITMAPINFO info{{40, 2, 2, 1, bits, 0, 0, 0, 0, 0, 0}, {}};
+        const Canvas to(2, 2, 24);
+        EXPECT_EQ(StretchDIBits(to.context, 0, 0, 2, 2, 0, 0, 2, 2, pixels, &info, DIB_RGB_COLORS,
+                                SRCCOPY),
+                  2);
+        EXPECT_EQ(to.Read(), (Pixels{0x0000FF, 0x101010, 0xFF0000, 0x00FF00})) << bits;
+        EXPECT_EQ(SetDIBits(to.context, to.bitmap, 0, 2, pixels, &info, DIB_RGB_COLORS), 0);
     }
 }
 
