@@ -37,6 +37,7 @@ DialogAnswer& CurrentAnswer() {
 
 void AnswerDialog(WindowHandle dialog) {
     const DialogAnswer& answer = CurrentAnswer();
+    if (answer.note == nullptr) return;
     ClickControl(dialog, answer.onImage ? kOnImage : kInHeader);
     ClickControl(dialog, answer.note->opaque ? kOpaque : kTransparent);
     if (TypeIntoControl(dialog, kText, answer.note->text.c_str()) == 0) return;

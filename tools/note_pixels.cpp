@@ -29,20 +29,30 @@ uint32_t DibRowBytes(uint32_t width) {
 
 // ---- Single pixels of a line. ----
 
-uint32_t ValueAt(const Picture& picture, const std::vector<uint8_t>& line, uint32_t x) {
+// Where a pixel of up to 8 bits is.
+struct Spot {
+    size_t byte;
+    uint32_t shift;
+    uint32_t mask;  // before the shift
+};
+
+Spot SpotOf(const Picture& picture, uint32_t x) {
     const uint32_t bits = picture.type.bits;
-    const uint32_t perByte = kBitsOfAByte / bits;
-    const uint32_t shift = kBitsOfAByte - bits - x % perByte * bits;
-    return static_cast<uint32_t>(line[x / perByte]) >> shift & ((1U << bits) - 1);
+    const uint64_t position = uint64_t{x} * bits;
+    const auto within = static_cast<uint32_t>(position % kBitsOfAByte);
+    return {static_cast<size_t>(position / kBitsOfAByte), kBitsOfAByte - bits - within,
+            (1U << bits) - 1};
+}
+
+uint32_t ValueAt(const Picture& picture, const std::vector<uint8_t>& line, uint32_t x) {
+    const Spot spot = SpotOf(picture, x);
+    return uint32_t{line[spot.byte]} >> spot.shift & spot.mask;
 }
 
 void SetValue(const Picture& picture, std::vector<uint8_t>& line, uint32_t x, uint32_t value) {
-    const uint32_t bits = picture.type.bits;
-    const uint32_t perByte = kBitsOfAByte / bits;
-    const uint32_t shift = kBitsOfAByte - bits - x % perByte * bits;
-    const uint32_t mask = ((1U << bits) - 1) << shift;
-    uint8_t& byte = line[x / perByte];
-    byte = static_cast<uint8_t>((byte & ~mask) | value << shift);
+    const Spot spot = SpotOf(picture, x);
+    uint8_t& byte = line[spot.byte];
+    byte = static_cast<uint8_t>((byte & ~(spot.mask << spot.shift)) | value << spot.shift);
 }
 
 RGBQUAD ColourOf(const Picture& picture, uint32_t value) {

@@ -20,11 +20,11 @@ from its own upper left corner. In TEXT, \n begins a new line and \\ is a backsl
 characters outside of Windows-1252 become "?", which is told. The size is that on paper, by
 the page's resolution, or for 200 dots an inch where it has none.
 
-A stamped page keeps its size, depth, tags and compression, except that JPEG becomes LZW,
-so that nothing more of it is lost. Other pages are copied as they are stored. Where a page
-that is to be stamped is damaged, or something can't be carried over (Exif data, sub-images,
-images that can't be reached), nothing is written, unless --accept-loss is given: then
-missing lines are white. A file that is there stays, unless --force is given.
+A stamped page keeps its size, depth, tags and compression; other pages are copied as they
+are stored. A page that can't be decoded (JPEG) can't be stamped. Where a page that is to be
+stamped is damaged, or something can't be carried over (Exif data, sub-images, images that
+can't be reached), nothing is written, unless --accept-loss is given: then missing lines are
+white. A file that is there stays, unless --force is given.
 )";
 
 namespace {

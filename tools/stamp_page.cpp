@@ -25,35 +25,23 @@ namespace {
 
 constexpr StampDots kUnknownDots = {200, 200};
 constexpr uint32_t kLzw = 5;  // Compression
-constexpr uint32_t kNewJpeg = 7;
 constexpr uint32_t kPredictorDifferencing = 2;
 
 // ---- Tags. ----
-
-bool IsJpeg(const ImageFacts& facts) {
-    return facts.compression == TIFF_KEY_JPEG || facts.compression == kNewJpeg;
-}
 
 bool IsWide(uint32_t type) {
     return type == kFieldSignedShort || type == kFieldSignedRational || type == kFieldFloat ||
            type == kFieldDouble;
 }
 
-// Whether the tag holds for the data as it is stored anew. The colours of JPEG data aren't those of
-// what comes out of its decoder.
+// Whether the tag holds for the data as it is stored anew.
 bool IsKept(uint32_t tag, const ImageFacts& facts) {
-    constexpr uint32_t kCoefficients = 529;
-    constexpr uint32_t kPositioning = 531;
     constexpr uint32_t kSampleFormat = 339;
     if (tag == TIFF_TAG_COLOR_MAP || tag == kSampleFormat) return true;
     if (tag == TIFF_TAG_FILL_ORDER) return facts.fillOrder == TIFF_FILL_MSB_FIRST;
     if (tag == TIFF_TAG_PLANAR_CONFIGURATION) return facts.planes == 1;
     if (tag == TIFF_TAG_PREDICTOR) return facts.compression == kLzw && facts.predictor == 1;
     if (tag == TIFF_TAG_T6_OPTIONS) return facts.compression == TIFF_KEY_GROUP4;
-    if (IsJpeg(facts) && (tag == TIFF_TAG_PHOTOMETRIC || tag == kCoefficients ||
-                          tag == kPositioning || tag == TIFF_TAG_REFERENCE_BLACK_WHITE)) {
-        return false;
-    }
     const TagRole role = RuleOf(tag).role;
     return role == TagRole::Free || role == TagRole::Needed;
 }
@@ -75,7 +63,7 @@ bool ReadKeptTags(TiffFileHandle file, int32_t image, const ImageFacts& facts, K
         const auto words = ElementsInWords(file, image, *value, value->count);
         value = ParseTagValue(tag, value->type, words, why);
         if (!value) {
-            why = TagInWords(tag) + " can't be carried over: " + why;
+            why.insert(0, TagInWords(tag) + " can't be carried over: ");
             return false;
         }
         kept.wide.push_back(std::move(*value));
@@ -135,7 +123,6 @@ bool PlanStorage(const PageInfo& info, const ImageFacts& facts, StampPlan& plan,
         notes.emplace_back("it has colours, and is stored with lzw");
     }
     if (!storage) return false;
-    if (IsJpeg(facts)) notes.emplace_back("it was JPEG, and is stored with lzw");
     plan.page.plan = std::move(*storage);
     plan.page.picture = info.picture;
     plan.page.whiteIsZero = info.whiteIsZero;

@@ -135,8 +135,8 @@ void SetPixel(uint8_t* line, uint32_t x, uint32_t bits, uint8_t value) {
     const uint32_t perByte = kByteBits / bits;
     const uint32_t shift = (perByte - 1 - x % perByte) * bits;
     const uint32_t mask = ((1U << bits) - 1) << shift;
-    uint8_t& byte = line[x / perByte];
-    byte = static_cast<uint8_t>((byte & ~mask) | (uint32_t{value} << shift & mask));
+    const size_t at = x / perByte;
+    line[at] = static_cast<uint8_t>((line[at] & ~mask) | (uint32_t{value} << shift & mask));
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 // Notes of images set, shown, deleted, burned in and painted.
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 #include "run_tool.h"
 
 namespace vellim::test {
@@ -139,24 +137,25 @@ TEST(Note, BurnsIntoItsBoxAlone) {
           Case{Sample("colour.tif"), "1", "--opaque"}, Case{Sample("palette.tif"), "1", ""}}) {
         SCOPED_TRACE(c.source + " " + c.options);
         const std::string noted = NewPath("noted.tif"), burned = NewPath("burned.tif");
-        const std::string source = c.source, image = std::string(" --image ") + c.page;
-        ExpectTool(
-            Words({"note", source, image, "set 'Two\nlines' --at 150,60", c.options, "-o", noted}),
-            0);
-        ExpectTool("note " + noted + image + " burn", 64, "--force");
-        ExpectTool("note " + noted + image + " burn -o " + burned, 0, "note burned in");
-        ExpectTool("note " + burned + image + " show", 2);
-        const std::string stored = RunTool("tag " + noted + image + " get 316").out;
+        const std::string image = Words({"--image", c.page});
+        ExpectTool(Words({"note", c.source, image, "set 'Two\nlines' --at 150,60", c.options, "-o",
+                          noted}),
+                   0);
+        ExpectTool(Words({"note", noted, image, "burn"}), 64, "--force");
+        ExpectTool(Words({"note", noted, image, "burn -o", burned}), 0, "note burned in");
+        ExpectTool(Words({"note", burned, image, "show"}), 2);
+        const std::string stored = RunTool(Words({"tag", noted, image, "get 316"})).out;
         size_t right = 0, bottom = 0;
         ASSERT_EQ(std::sscanf(stored.c_str() + 6, "150,60,%zu,%zu", &right, &bottom), 2) << stored;
-        const Rgb before = Page(source, c.page), after = Page(burned, c.page);
+        const Rgb before = Page(c.source, c.page), after = Page(burned, c.page);
         const size_t area = (right - 150) * (bottom - 60);
         const size_t changed = Changed(before, after, 150, 60, right, bottom);
         EXPECT_GT(changed, 20U);
         EXPECT_LT(changed, c.options[0] == 0 ? area / 3 : area + 1);
-        EXPECT_TRUE(Kept(burned, std::stoul(c.page) - 1) == Kept(noted, std::stoul(c.page) - 1));
+        const size_t index = std::stoul(c.page) - 1;
+        EXPECT_TRUE(Kept(burned, index) == Kept(noted, index));
         auto others = StoredStrips(burned), wanted = StoredStrips(noted);
-        others.at(std::stoul(c.page) - 1) = wanted.at(std::stoul(c.page) - 1) = {};
+        others.at(index) = wanted.at(index) = {};
         EXPECT_EQ(others, wanted);
         EXPECT_EQ(Shell("tiffinfo " + burned + " >/dev/null"), "");
     }
@@ -173,7 +172,7 @@ TEST(Note, ARefusalLeavesTheFileAsItIs) {
     const Bytes nested = BuildTiff({Grey(), With(Grey(), {LongTag(330, {8, 9})})});
     const Bytes cut = BuildTiff({With(SimpleImage(4, 9, 8, 1, 1, 1, 4, {Bytes(16, 7)}),
                                       {AsciiTag(316, "~,1,T,0,0,9,9,2,x")})});
-    const Bytes tiled = BuildTiff({With(Tiled(Grey()), {})});
+    const Bytes tiled = BuildTiff({Tiled(Grey())});
     struct Case {
         Bytes file;
         std::string arguments;
