@@ -247,8 +247,11 @@ TEST_F(NotePainting, NotePlusLiesWhereItsCornerDoes) {
         ReleaseDC(fresh.window, context);
         return ShownIn(fresh);
     };
+    SIZE size{};  // of forty letters, the last of which stand in the window
+    const ScopedContext display(ScopedContext::Kind::Display);
+    GetTextExtentPointA(display.Get(), line.c_str(), 40, &size);
     const auto scrolled = [&](const OwnedBlock& lines) {
-        return draw({1, 0, lines.Get(), 0, 0, 999, 99, 0}, {0, 0}, 1, 1, {-100, 0});
+        return draw({1, 0, lines.Get(), 0, 0, 999, 99, 0}, {0, 0}, 1, 1, {40 - size.cx, 0});
     };
     const NoteRecord note = {1, 1, text.Get(), 14, 18, 44, 38, 0};
     const Pixels there = draw({1, 1, text.Get(), 17, 14, 47, 34, 0}, {0, 0}, 1, 1, {0, 0});
