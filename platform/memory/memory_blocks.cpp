@@ -117,7 +117,7 @@ bool StepToRoom(MemoryBlock& block, uint32_t size, bool clear) {
         moved = std::realloc(old, room);
     }
     if (moved == nullptr) {
-        CloseSpareRoom(old, before, block.room);
+        CloseSpareRoom(block.bytes.load(std::memory_order_relaxed), before, block.room);
         return false;
     }
     auto* fresh = static_cast<uint8_t*>(moved);
