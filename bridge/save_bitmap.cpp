@@ -13,29 +13,11 @@
 namespace vellim {
 namespace {
 
-// A context of the thread's active window, or of the display where it has none.
-class ActiveWindowContext {
-  public:
-    ActiveWindowContext() : window_(GetActiveWindow()), context_(GetDC(window_)) {}
-    ~ActiveWindowContext() {
-        if (context_ != 0) ReleaseDC(window_, context_);
-    }
-    ActiveWindowContext(const ActiveWindowContext&) = delete;
-    ActiveWindowContext& operator=(const ActiveWindowContext&) = delete;
-
-    explicit operator bool() const { return context_ != 0; }
-    [[nodiscard]] DeviceContextHandle Get() const { return context_; }
-
-  private:
-    WindowHandle window_;
-    DeviceContextHandle context_;
-};
-
 bool EncodeInPalette(const AppendedImage& image, BitmapHandle bitmap) {
     const OwnedBlock description(GetTiffRGBQuad(image.File(), image.Index()));
     if (!description) return false;
     const OwnedObject palette(CreateDibPalette(description.Get()));
-    const ActiveWindowContext context;
+    const WindowContext context(GetActiveWindow());  // the display's where there is none
     if (!context) return Fail(TIFF_NO_MEMORY, false);
     const SelectedPalette selected(context.Get(), palette.Get());
     const WaitCursor wait;

@@ -7,7 +7,6 @@
 #include "bridge/dib_palettes.h"
 #include "fax/fax_font.h"
 #include "fax/page_set.h"
-#include "fax/selected_object.h"
 #include "fax/typesetter.h"
 #include "platform/graphics/graphics_guards.h"
 #include "vellim/fax.h"

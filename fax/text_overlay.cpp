@@ -10,7 +10,6 @@
 #include "container/sizes.h"
 #include "fax/fax_font.h"
 #include "fax/page_geometry.h"
-#include "fax/selected_object.h"
 #include "platform/graphics/graphics_guards.h"
 #include "platform/guards.h"
 #include "vellim/fax.h"

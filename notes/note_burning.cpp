@@ -6,7 +6,6 @@
 
 #include "bridge/dib_bitmaps.h"
 #include "bridge/dib_palettes.h"
-#include "notes/context_guards.h"
 #include "notes/dib_scaling.h"
 #include "notes/note_text.h"
 #include "notes/numbers.h"
@@ -28,7 +27,7 @@ BitmapHandle RenderNoteBitmap(const NoteRecord& note, const NoteOnImage& place) 
     const int32_t width = seen.right - seen.left, height = seen.bottom - seen.top;
     OwnedObject bitmap(CreateBitmap(width, height, 1, 1, nullptr));
     const ScopedContext context(ScopedContext::Kind::Memory);
-    const SelectedBitmap selected(context.Get(), bitmap.Get());
+    const SelectedObject selected(context.Get(), bitmap.Get());
     if (!selected) return 0;
     PatBlt(context.Get(), 0, 0, width, height, WHITENESS);
     const LockedBlock text(note.Text);
@@ -46,7 +45,7 @@ bool DrawNote(BitmapHandle image, PaletteHandle palette, const NoteRecord& note,
     if (IsRectEmpty(&seen) != 0) return true;
     const OwnedObject text(RenderNoteBitmap(note, place));
     const ScopedContext to(ScopedContext::Kind::Memory), from(ScopedContext::Kind::Memory);
-    const SelectedBitmap selectedImage(to.Get(), image), selectedText(from.Get(), text.Get());
+    const SelectedObject selectedImage(to.Get(), image), selectedText(from.Get(), text.Get());
     if (!selectedImage || !selectedText) return false;
     const SelectedPalette selected(to.Get(), palette);
     const int32_t width = seen.right - seen.left, height = seen.bottom - seen.top;

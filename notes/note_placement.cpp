@@ -4,10 +4,10 @@
 #include <cstring>
 #include <limits>
 
-#include "notes/context_guards.h"
 #include "notes/note_scale.h"
 #include "notes/note_text.h"
 #include "notes/numbers.h"
+#include "platform/graphics/graphics_guards.h"
 #include "vellim/text.h"
 #include "vellim/windows.h"
 

@@ -56,6 +56,43 @@ class OwnedObject {
     GraphicsHandle object_ = 0;
 };
 
+// A window's context for the length of a scope. Converts to false when there is none to be had.
+class WindowContext {
+  public:
+    explicit WindowContext(WindowHandle window) : window_(window), context_(GetDC(window)) {}
+    ~WindowContext() {
+        if (context_ != 0) ReleaseDC(window_, context_);
+    }
+    WindowContext(const WindowContext&) = delete;
+    WindowContext& operator=(const WindowContext&) = delete;
+
+    explicit operator bool() const { return context_ != 0; }
+    [[nodiscard]] DeviceContextHandle Get() const { return context_; }
+
+  private:
+    WindowHandle window_;
+    DeviceContextHandle context_;
+};
+
+// An object selected into a context for the length of a scope. Converts to false where there is
+// nothing to select or it can't be.
+class SelectedObject {
+  public:
+    SelectedObject(DeviceContextHandle context, GraphicsHandle object)
+        : context_(context), before_(object != 0 ? SelectObject(context, object) : 0) {}
+    ~SelectedObject() {
+        if (before_ != 0) SelectObject(context_, before_);
+    }
+    SelectedObject(const SelectedObject&) = delete;
+    SelectedObject& operator=(const SelectedObject&) = delete;
+
+    explicit operator bool() const { return before_ != 0; }
+
+  private:
+    DeviceContextHandle context_;
+    GraphicsHandle before_;
+};
+
 // A palette selected into a context, as its foreground one, and realised for the length of a scope.
 // Without a palette the context keeps its own.
 class SelectedPalette {
